@@ -1,0 +1,139 @@
+// Data access: Connection and Recordset, as the platform's ADO objects behave for the components.
+//
+// Connection strings are ADO-style "key=value;" lists:
+//   "Provider=SQLite;Data Source=path/to/file.db"   the embedded default (WAL mode, busy timeout)
+// A bare path ending in .db / .sqlite is taken as a SQLite file too.
+//
+// The components write SQL Server's dialect; before a statement reaches SQLite the dialect adapter
+// rewrites exactly these forms: "select top N ..." (-> "... limit N"), "insert T(...)" (-> "insert
+// into"), "delete T where" (-> "delete from"), and "alias=expr" items of a select list (-> "expr as
+// alias"). Everything else passes unchanged. One call runs one statement: text after a ";" that is not
+// blank raises an error and nothing of it runs. A statement the database rejects raises
+// Error::Database with the driver's message and changes nothing.
+//
+// Field types are the ADO type codes, taken from the declared column types:
+//   INT, INTEGER, BIGINT*, MEDIUMINT -> 3 adInteger (Long values; BIGINT beyond 32 bits -> Double)
+//   SMALLINT, TINYINT -> 2 adSmallInt (Integer values)     BIT, BOOL* -> 11 adBoolean
+//   REAL, FLOAT, DOUBLE -> 5 adDouble                      DECIMAL, NUMERIC, MONEY -> 131 adNumeric
+//   DATETIME, DATE, TIMESTAMP, SMALLDATETIME -> 135 adDBTimeStamp (Date values)
+//   CHAR, NCHAR -> 130 adWChar; TEXT, NTEXT, CLOB -> 203 adLongVarWChar
+//   BLOB, IMAGE, VARBINARY -> 205 adLongVarBinary (byte arrays)
+//   VARCHAR, NVARCHAR, anything else or no declared type -> 202 adVarWChar
+// A NULL value is a Null Variant whatever the type.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "corvane/object.h"
+#include "corvane/variant.h"
+
+namespace corvane::ado {
+
+namespace detail {
+class ConnectionImpl;
+class RecordsetImpl;
+}  // namespace detail
+
+enum TypeCode : int {
+  adEmpty = 0, adSmallInt = 2, adInteger = 3, adDouble = 5, adBoolean = 11, adBigInt = 20,
+  adNumeric = 131, adWChar = 130, adDBTimeStamp = 135, adVarWChar = 202, adLongVarWChar = 203,
+  adLongVarBinary = 205,
+};
+enum CursorType : int { adOpenUnspecified = -1, adOpenForwardOnly = 0, adOpenKeyset = 1,
+                        adOpenDynamic = 2, adOpenStatic = 3 };
+
+// Rewrites one statement of SQL Server's dialect for SQLite (see above). Pure text work.
+std::string AdaptForSqlite(std::string_view sql);
+
+class Connection : public Dispatch {
+ public:
+  Connection();
+  ~Connection() override;
+  const ClassInfo& Info() const override;
+  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
+
+  // Opens the connection; a pooled handle for the same string is reused. Raises on a bad string or an
+  // unreachable database. Opening an open connection raises 3705.
+  void Open(const std::string& connectionString, const std::string& userID = "",
+            const std::string& password = "", int options = -1);
+  // Closes and returns the handle to the pool. Closing a closed connection raises 3704.
+  void Close();
+  bool IsOpen() const;
+  const std::string& ConnectionString() const;
+  // Runs one statement that returns no rows; answers the number of rows it changed.
+  int32_t Execute(std::string_view sql, int options = -1);
+
+  detail::ConnectionImpl* impl() const { return impl_.get(); }
+
+ private:
+  std::shared_ptr<detail::ConnectionImpl> impl_;
+  std::string connectionString_;
+};
+
+class Recordset : public Dispatch {
+ public:
+  Recordset();
+  ~Recordset() override;
+  const ClassInfo& Info() const override;
+  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
+
+  // Opens on a select statement. `activeConnection` is an open Connection (an Object Variant) or a
+  // connection string (a pooled connection is opened for the recordset's life). Cursor types 1 and
+  // 3 (and -1, 0) are accepted; all read the same way.
+  void Open(std::string_view source, const Variant& activeConnection, int cursorType = -1,
+            int lockType = -1, int options = -1);
+  void Open(std::string_view source, const std::shared_ptr<Connection>& connection,
+            int cursorType = -1, int lockType = -1, int options = -1);
+  void Close();  // raises 3704 when not open
+  bool IsOpen() const;
+
+  // "EOF" is a macro of <cstdio>, hence the spelling; late-bound callers use "EOF".
+  bool Eof() const;
+  bool Bof() const;
+  void MoveNext();  // raises 3021 at EOF
+  void MoveFirst();
+
+  // The current row's field, by name (case-insensitive) or by 0-based index. At EOF raises 3021; an
+  // unknown name or index raises 3265.
+  Variant Field(std::string_view name) const;
+  Variant Field(int index) const;
+  int FieldType(std::string_view name) const;
+  int FieldType(int index) const;
+  std::string FieldName(int index) const;
+  int FieldCount() const;
+
+  // Paging: PageSize defaults to 10. Setting AbsolutePage moves to the first row of that page and
+  // reads only that page's rows. RecordCount and PageCount come from a count of the query.
+  void SetPageSize(int32_t n);
+  int32_t PageSize() const;
+  void SetAbsolutePage(int32_t page);
+  int32_t AbsolutePage() const;
+  int32_t PageCount() const;
+  int32_t RecordCount() const;
+
+ private:
+  std::unique_ptr<detail::RecordsetImpl> impl_;
+};
+
+// The late-bound Field object that Recordset.Fields(x) returns: Value, Type, Name.
+class Field : public Dispatch {
+ public:
+  Field(std::string name, int type, Variant value)
+      : name_(std::move(name)), type_(type), value_(std::move(value)) {}
+  const ClassInfo& Info() const override;
+  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
+
+ private:
+  std::string name_;
+  int type_;
+  Variant value_;
+};
+
+const ClassInfo& ConnectionClass();
+const ClassInfo& RecordsetClass();
+
+}  // namespace corvane::ado

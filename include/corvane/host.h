@@ -1,0 +1,218 @@
+// The page host's object model: ScriptingContext, Request, Response, Session, Server, Application.
+//
+// The same objects serve corvane-server and the tests. A Page binds them to one request: it decodes
+// the query string and an urlencoded body in the request's code page, collects every Response.Write,
+// and at its end calls OnEndPage on each object that Server.CreateObject attached to it.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "corvane/codepage.h"
+#include "corvane/object.h"
+#include "corvane/variant.h"
+
+namespace corvane::host {
+
+class ScriptingContext;
+
+// A name/value collection as Request.Form and Request.QueryString present it: names are matched
+// case-insensitively, a missing name gives Empty, a repeated name gives its values joined by ", ".
+class ValueCollection {
+ public:
+  void Add(std::string name, std::string value);
+  Variant Item(std::string_view name) const;
+  size_t Count() const { return items_.size(); }
+  const std::vector<std::pair<std::string, std::string>>& Items() const { return items_; }
+
+ private:
+  std::vector<std::pair<std::string, std::string>> items_;
+};
+
+// Parses "a=1&b=%C4%E3" (with "+" as blank), decoding names and values from the code page.
+ValueCollection ParseUrlEncoded(std::string_view text, int codePage);
+
+class Request : public Dispatch {
+ public:
+  Request(std::string url, std::string queryString, std::string contentType, std::string body,
+          std::string method, int codePage,
+          std::vector<std::pair<std::string, std::string>> serverVariables = {});
+  const ClassInfo& Info() const override;
+  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
+
+  Variant Form(std::string_view name) const;
+  Variant QueryString(std::string_view name) const;
+  const std::string& QueryString() const { return queryString_; }  // the raw query string
+  // "URL" (the path without the query), "QUERY_STRING", "REQUEST_METHOD", "CONTENT_TYPE",
+  // "CONTENT_LENGTH", and whatever the host added (REMOTE_ADDR, HTTP_* headers). Empty when unknown.
+  Variant ServerVariables(std::string_view name) const;
+  int32_t TotalBytes() const { return static_cast<int32_t>(body_.size()); }
+  // Reads up to `count` bytes of the raw body from where the last read stopped; `count` is set to the
+  // number read. The result is a byte array.
+  Variant BinaryRead(int32_t& count);
+  const std::string& Body() const { return body_; }
+  int CodePage() const { return codePage_; }
+
+ private:
+  std::string url_, queryString_, contentType_, body_, method_;
+  int codePage_;
+  std::vector<std::pair<std::string, std::string>> serverVariables_;
+  ValueCollection form_, query_;
+  size_t readPos_ = 0;
+};
+
+class Response : public Dispatch {
+ public:
+  const ClassInfo& Info() const override;
+  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
+
+  // Writes the text form of any value (Null and Empty write nothing); an Object raises 13.
+  void Write(const Variant& v);
+  void Write(std::string_view utf8);
+  void BinaryWrite(const Bytes& bytes);  // raw bytes, sent as they are
+  void Redirect(std::string url);
+  void AddHeader(std::string name, std::string value);
+
+  int status = 200;
+  std::string contentType = "text/html";
+  std::string redirect;  // set by Redirect
+  std::vector<std::pair<std::string, std::string>> headers;
+
+  const std::vector<std::string>& Writes() const { return writes_; }
+  std::string Output() const;  // UTF-8 text writes joined (binary writes excluded)
+  const std::string& Binary() const { return binary_; }
+
+ private:
+  std::vector<std::string> writes_;
+  std::string binary_;
+};
+
+// One user's session state. Keys are case-insensitive; a missing key reads as Empty.
+class SessionObject : public Dispatch {
+ public:
+  const ClassInfo& Info() const override;
+  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
+
+  Variant Get(std::string_view key) const;
+  void Set(std::string_view key, Variant value);
+  void Remove(std::string_view key);
+  void Clear();
+  std::vector<std::string> Keys() const;
+  std::string id;  // the host's session id ("" in tests)
+
+ private:
+  mutable std::mutex mu_;
+  std::map<std::string, std::pair<std::string, Variant>> items_;  // lower-case key -> (key, value)
+};
+
+// Facade handle of a session: copies share the same state.
+class Session {
+ public:
+  Session() : p_(std::make_shared<SessionObject>()) {}
+  explicit Session(std::shared_ptr<SessionObject> p) : p_(std::move(p)) {}
+  Variant Get(std::string_view key) const { return p_->Get(key); }
+  void Set(std::string_view key, Variant value) const { p_->Set(key, std::move(value)); }
+  Object AsObject() const { return Object(p_); }
+  Variant AsVariant() const { return Variant(Object(p_)); }
+  const std::shared_ptr<SessionObject>& ptr() const { return p_; }
+
+ private:
+  std::shared_ptr<SessionObject> p_;
+};
+
+// Shared by every page of one host. Keys are case-insensitive.
+class Application : public Dispatch {
+ public:
+  const ClassInfo& Info() const override;
+  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
+  Variant Get(std::string_view key) const;
+  void Set(std::string_view key, Variant value);
+
+ private:
+  mutable std::mutex mu_;
+  std::map<std::string, Variant> items_;
+};
+
+class Server : public Dispatch {
+ public:
+  const ClassInfo& Info() const override;
+  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
+
+  // Creates the class and, when it has OnStartPage, calls it with the page's context; the page's end
+  // then calls its OnEndPage.
+  Object CreateObject(std::string_view progID);
+  // Escapes text for an URL query in the page's code page ("a b" -> "a+b", "中" -> "%D6%D0").
+  std::string URLEncode(std::string_view text) const;
+  std::string HTMLEncode(std::string_view text) const;
+
+  // Calls OnEndPage on every attached object, in the order they were created; once.
+  void EndPage();
+
+ private:
+  friend class Page;
+  std::weak_ptr<ScriptingContext> context_;
+  std::vector<Object> attached_;
+  int codePage_ = kCodePageGbk;
+};
+
+class ScriptingContext : public Dispatch {
+ public:
+  const ClassInfo& Info() const override;
+  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
+
+  const std::shared_ptr<host::Request>& Request() const { return request_; }
+  const std::shared_ptr<host::Response>& Response() const { return response_; }
+  const std::shared_ptr<SessionObject>& Session() const { return session_; }
+  const std::shared_ptr<host::Server>& Server() const { return server_; }
+  const std::shared_ptr<host::Application>& Application() const { return application_; }
+
+ private:
+  friend class Page;
+  std::shared_ptr<host::Request> request_;
+  std::shared_ptr<host::Response> response_;
+  std::shared_ptr<SessionObject> session_;
+  std::shared_ptr<host::Server> server_;
+  std::shared_ptr<host::Application> application_;
+};
+
+struct PageRequest {
+  std::string url;          // the page's path, without the query: "/t.asp"
+  std::string queryString;  // raw, without "?"
+  std::string contentType;  // of the body
+  std::string body;         // raw bytes
+  std::string method;       // "" means GET without a body, POST with one
+  int codePage = kCodePageGbk;  // of the query string, the urlencoded body and the response
+  std::vector<std::pair<std::string, std::string>> serverVariables;  // more, e.g. REMOTE_ADDR
+};
+
+// One page request bound to a session. The page's end (End(), or the destructor) calls OnEndPage of
+// the objects attached through Server.CreateObject.
+class Page {
+ public:
+  Page(PageRequest request, Session session, std::shared_ptr<host::Application> application = nullptr);
+  ~Page();
+  Page(const Page&) = delete;
+  Page& operator=(const Page&) = delete;
+
+  Variant Context() const;  // the ScriptingContext as an Object Variant, for OnStartPage
+  const std::shared_ptr<ScriptingContext>& ContextObject() const { return context_; }
+  host::Request& Request() const { return *context_->Request(); }
+  host::Response& Response() const { return *context_->Response(); }
+  host::Server& Server() const { return *context_->Server(); }
+  host::Session Session() const { return host::Session(context_->Session()); }
+
+  std::vector<std::string> Writes() const { return context_->Response()->Writes(); }
+  std::string Output() const { return context_->Response()->Output(); }
+  void End();
+
+ private:
+  std::shared_ptr<ScriptingContext> context_;
+  bool ended_ = false;
+};
+
+}  // namespace corvane::host
