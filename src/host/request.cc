@@ -1,0 +1,73 @@
+#include <algorithm>
+
+#include "corvane/error.h"
+#include "corvane/host.h"
+#include "corvane/text.h"
+#include "host/host_classes.h"
+#include "runtime/args.h"
+
+namespace corvane::host {
+
+Request::Request(std::string url, std::string queryString, std::string contentType, std::string body,
+                 std::string method, int codePage,
+                 std::vector<std::pair<std::string, std::string>> serverVariables)
+    : url_(std::move(url)),
+      queryString_(std::move(queryString)),
+      contentType_(std::move(contentType)),
+      body_(std::move(body)),
+      method_(std::move(method)),
+      codePage_(codePage),
+      serverVariables_(std::move(serverVariables)) {
+  if (method_.empty()) method_ = body_.empty() ? "GET" : "POST";
+  query_ = ParseUrlEncoded(queryString_, codePage_);
+  // Only an urlencoded body fills Form; a multipart body is read raw (TotalBytes, BinaryRead).
+  if (LCase(contentType_).rfind("application/x-www-form-urlencoded", 0) == 0)
+    form_ = ParseUrlEncoded(body_, codePage_);
+}
+
+Variant Request::Form(std::string_view name) const { return form_.Item(name); }
+Variant Request::QueryString(std::string_view name) const { return query_.Item(name); }
+
+Variant Request::ServerVariables(std::string_view name) const {
+  std::string key = UCase(name);
+  if (key == "URL" || key == "PATH_INFO" || key == "SCRIPT_NAME") return Variant(url_);
+  if (key == "QUERY_STRING") return Variant(queryString_);
+  if (key == "REQUEST_METHOD") return Variant(method_);
+  if (key == "CONTENT_TYPE") return Variant(contentType_);
+  if (key == "CONTENT_LENGTH") return Variant(std::to_string(body_.size()));
+  for (const auto& [n, v] : serverVariables_)
+    if (EqualsNoCase(n, key)) return Variant(v);
+  return Variant();
+}
+
+Variant Request::BinaryRead(int32_t& count) {
+  if (count < 0) throw Error::InvalidCall();
+  size_t n = std::min<size_t>(static_cast<size_t>(count), body_.size() - readPos_);
+  Bytes bytes(body_.begin() + readPos_, body_.begin() + readPos_ + n);
+  readPos_ += n;
+  count = static_cast<int32_t>(n);
+  return Variant::FromBytes(std::move(bytes));
+}
+
+const ClassInfo& Request::Info() const { return RequestClass(); }
+
+Variant Request::InvokeMember(int32_t dispid, InvokeKind kind, Args& args) {
+  switch (dispid) {
+    case kRequestForm:
+      return args.empty() ? Variant(body_) : Form(Arg(args, 0).Text());
+    case kRequestQueryString:
+      return args.empty() ? Variant(queryString_) : QueryString(Arg(args, 0).Text());
+    case kRequestServerVariables: return ServerVariables(Arg(args, 0).Text());
+    case kRequestTotalBytes: return Variant(TotalBytes());
+    case kRequestBinaryRead: {
+      Variant& count = RefArg(args, 0);
+      int32_t n = count.ToLong();
+      Variant data = BinaryRead(n);
+      count = Variant(n);
+      return data;
+    }
+  }
+  throw Error::NoSuchMember(std::to_string(dispid));
+}
+
+}  // namespace corvane::host

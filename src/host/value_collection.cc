@@ -1,0 +1,77 @@
+// Request.Form and Request.QueryString: urlencoded name/value pairs decoded in the page's code page.
+#include <cctype>
+
+#include "corvane/host.h"
+#include "corvane/text.h"
+
+namespace corvane::host {
+
+void ValueCollection::Add(std::string name, std::string value) {
+  items_.emplace_back(std::move(name), std::move(value));
+}
+
+Variant ValueCollection::Item(std::string_view name) const {
+  const std::string* first = nullptr;
+  std::string joined;
+  for (const auto& [n, v] : items_) {
+    if (!EqualsNoCase(n, name)) continue;
+    if (!first) {
+      first = &v;
+    } else {
+      if (joined.empty()) joined = *first;
+      joined += ", ";
+      joined += v;
+    }
+  }
+  if (!first) return Variant();
+  return joined.empty() ? Variant(*first) : Variant(std::move(joined));
+}
+
+namespace {
+
+int HexValue(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
+}
+
+// "+" is a blank and "%XX" a byte; a "%" not followed by two hex digits stays as it is.
+std::string PercentDecode(std::string_view s) {
+  std::string out;
+  out.reserve(s.size());
+  for (size_t i = 0; i < s.size(); ++i) {
+    char c = s[i];
+    if (c == '+') {
+      out += ' ';
+    } else if (c == '%' && i + 2 < s.size() && HexValue(s[i + 1]) >= 0 && HexValue(s[i + 2]) >= 0) {
+      out += static_cast<char>(HexValue(s[i + 1]) * 16 + HexValue(s[i + 2]));
+      i += 2;
+    } else {
+      out += c;
+    }
+  }
+  return out;
+}
+
+}  // namespace
+
+ValueCollection ParseUrlEncoded(std::string_view text, int codePage) {
+  ValueCollection out;
+  size_t pos = 0;
+  while (pos <= text.size()) {
+    size_t amp = text.find('&', pos);
+    if (amp == std::string_view::npos) amp = text.size();
+    std::string_view pair = text.substr(pos, amp - pos);
+    if (!pair.empty()) {
+      size_t eq = pair.find('=');
+      std::string_view name = pair.substr(0, eq);
+      std::string_view value = eq == std::string_view::npos ? std::string_view() : pair.substr(eq + 1);
+      out.Add(DecodeCodePage(PercentDecode(name), codePage), DecodeCodePage(PercentDecode(value), codePage));
+    }
+    pos = amp + 1;
+  }
+  return out;
+}
+
+}  // namespace corvane::host

@@ -1,0 +1,46 @@
+// The registry of creatable classes. Adding a class is one line in the table below: its ClassInfo
+// (ProgID, CLSID, IID, member dispatch ids and factory) lives beside the class.
+#include <string>
+
+#include "corvane/ado.h"
+#include "corvane/error.h"
+#include "corvane/text.h"
+#include "registration/asp_http.h"
+#include "registration/type_library.h"
+
+namespace corvane {
+
+const std::vector<const ClassInfo*>& RegisteredClasses() {
+  static const std::vector<const ClassInfo*> classes = {
+      &AspHttpClass(),
+      &ado::ConnectionClass(),
+      &ado::RecordsetClass(),
+  };
+  return classes;
+}
+
+namespace {
+
+// "{ABC}" and "abc" name the same CLSID.
+std::string_view StripBraces(std::string_view id) {
+  if (id.size() >= 2 && id.front() == '{' && id.back() == '}') return id.substr(1, id.size() - 2);
+  return id;
+}
+
+}  // namespace
+
+const ClassInfo* FindClass(std::string_view name) {
+  for (const ClassInfo* c : RegisteredClasses()) {
+    if (EqualsNoCase(c->progID, name)) return c;
+    if (!c->clsid.empty() && EqualsNoCase(StripBraces(c->clsid), StripBraces(name))) return c;
+  }
+  return nullptr;
+}
+
+Object CreateObject(std::string_view progIDOrClsid) {
+  const ClassInfo* c = FindClass(progIDOrClsid);
+  if (!c || !c->create) throw Error::CannotCreateObject(std::string(progIDOrClsid));
+  return c->create();
+}
+
+}  // namespace corvane
