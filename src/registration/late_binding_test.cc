@@ -112,3 +112,26 @@ TEST(Registry, EveryClassHasUniqueIdentitiesAndMemberIds) {
 
 }  // namespace
 }  // namespace corvane
+
+#include "registration/entry_points.h"
+
+namespace corvane {
+namespace {
+
+TEST(EntryPoints, ClassFactoriesByClsid) {
+  const ClassInfo* factory = nullptr;
+  EXPECT_EQ(DllGetClassObject("{d9a09344-e9e5-42c0-9f54-ab9c93d40186}", &factory), 0);
+  ASSERT_NE(factory, nullptr);
+  EXPECT_EQ(factory->progID, "corvane.aspHttp");
+  EXPECT_EQ(static_cast<uint32_t>(DllGetClassObject("{00000000-0000-0000-0000-000000000000}", &factory)),
+            0x80040111u);
+  EXPECT_EQ(factory, nullptr);
+  EXPECT_EQ(DllRegisterServer(), 0);
+  {
+    Object held = CreateObject("corvane.aspHttp");
+    EXPECT_EQ(DllCanUnloadNow(), 1);
+  }
+}
+
+}  // namespace
+}  // namespace corvane
