@@ -55,6 +55,9 @@ class Request : public Dispatch {
   // Reads up to `count` bytes of the raw body from where the last read stopped; `count` is set to the
   // number read. The result is a byte array.
   Variant BinaryRead(int32_t& count);
+  // BinaryRead without the copy: the same bytes, as a view of the body. The view is valid as long
+  // as this Request lives.
+  std::string_view BinaryReadView(int32_t& count);
   const std::string& Body() const { return body_; }
   int CodePage() const { return codePage_; }
 

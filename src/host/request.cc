@@ -41,12 +41,17 @@ Variant Request::ServerVariables(std::string_view name) const {
 }
 
 Variant Request::BinaryRead(int32_t& count) {
+  std::string_view bytes = BinaryReadView(count);
+  return Variant::FromBytes(Bytes(bytes.begin(), bytes.end()));
+}
+
+std::string_view Request::BinaryReadView(int32_t& count) {
   if (count < 0) throw Error::InvalidCall();
   size_t n = std::min<size_t>(static_cast<size_t>(count), body_.size() - readPos_);
-  Bytes bytes(body_.begin() + readPos_, body_.begin() + readPos_ + n);
+  std::string_view bytes(body_.data() + readPos_, n);
   readPos_ += n;
   count = static_cast<int32_t>(n);
-  return Variant::FromBytes(std::move(bytes));
+  return bytes;
 }
 
 const ClassInfo& Request::Info() const { return RequestClass(); }
