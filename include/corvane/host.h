@@ -74,6 +74,8 @@ class Response : public Dispatch {
   // Writes the text form of any value (Null and Empty write nothing); an Object raises 13.
   void Write(const Variant& v);
   void Write(std::string_view utf8);
+  void Write(const std::string& utf8) { Write(std::string_view(utf8)); }
+  void Write(const char* utf8) { Write(std::string_view(utf8)); }
   void BinaryWrite(const Bytes& bytes);  // raw bytes, sent as they are
   void Redirect(std::string url);
   void AddHeader(std::string name, std::string value);

@@ -1,3 +1,5 @@
+#include <cctype>
+
 #include "corvane/error.h"
 #include "corvane/host.h"
 #include "host/host_classes.h"
