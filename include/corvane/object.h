@@ -7,6 +7,7 @@
 // argument changes the caller's Variant, as a scripting host does.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -44,11 +45,18 @@ struct ClassInfo {
 
 class Dispatch : public std::enable_shared_from_this<Dispatch> {
  public:
-  virtual ~Dispatch() = default;
+  Dispatch() { ++live_; }
+  Dispatch(const Dispatch&) : Dispatch() {}
+  virtual ~Dispatch() { --live_; }
+  // How many objects of any class are alive (for DllCanUnloadNow).
+  static long LiveObjects() { return live_.load(); }
   virtual const ClassInfo& Info() const = 0;
   // Calls member `dispid`. `args` are the caller's, in order; a member that takes an argument by
   // reference writes it back there. Unknown ids raise 438.
   virtual Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) = 0;
+
+ private:
+  static inline std::atomic<long> live_{0};
 };
 
 class Object {
