@@ -77,7 +77,8 @@ class Object {
   // Late-bound calls. Names are matched case-insensitively; an unknown name raises 438, a call on
   // Nothing raises 91. `args` is updated in place for by-reference parameters.
   Variant Invoke(std::string_view name, Args& args) const;
-  Variant Invoke(std::string_view name, Args&& args = {}) const;
+  Variant Invoke(std::string_view name, Args&& args) const;
+  Variant Invoke(std::string_view name) const;  // no arguments
   Variant Invoke(int32_t dispid, Args& args, InvokeKind kind = InvokeKind::Method) const;
   Variant Get(std::string_view name) const;
   Variant Get(std::string_view name, Args& args) const;  // indexed property
