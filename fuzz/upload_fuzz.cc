@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "corvane/corvane.h"
 #include "upload/system_init.h"
@@ -39,13 +40,18 @@ struct Scratch {
     fs::current_path("/", ec);
     fs::remove_all(base, ec);
   }
-  // Empties the drive root and makes its folders again: c:\, d:\up\ and the working folder.
+  // Makes the folders: c:\, d:\up\ and the working folder (with its own up\).
   void Reset() const {
-    std::error_code ec;
-    for (const auto& e : fs::directory_iterator(root, ec)) fs::remove_all(e.path(), ec);
     fs::create_directories(root / "c");
     fs::create_directories(root / "d" / "up");
     fs::create_directories(root / "work" / "up");
+  }
+  // Removes the files a run wrote (an upload makes no folders), so that every run starts empty.
+  void RemoveFiles() const {
+    std::vector<fs::path> files;
+    for (const auto& e : fs::recursive_directory_iterator(root))
+      if (!e.is_directory()) files.push_back(e.path());
+    for (const auto& f : files) fs::remove(f);
   }
   // Nothing may appear next to the drive root.
   void CheckNothingOutside() const {
@@ -117,6 +123,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::abort();
   }
   scratch.CheckNothingOutside();
-  scratch.Reset();
+  scratch.RemoveFiles();
   return 0;
 }

@@ -14,8 +14,11 @@ CC=clang CXX=clang++ cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo 
   -DCMAKE_CXX_FLAGS="-fsanitize=fuzzer-no-link" >/dev/null
 cmake --build build-fuzz -j2 --target upload_fuzz
 
-corpus=build-fuzz/corpus/upload
+# Absolute paths: the target works inside its own scratch folder.
+here="$(pwd)"
+corpus="$here/build-fuzz/corpus/upload"
 mkdir -p "$corpus"
 cd build-fuzz
 ./fuzz/upload_fuzz -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=8192 \
-  -dict=../fuzz/upload.dict -print_final_stats=1 "corpus/upload" ../fuzz/upload_seeds
+  -dict="$here/fuzz/upload.dict" -artifact_prefix="$here/build-fuzz/" -print_final_stats=1 \
+  "$corpus" "$here/fuzz/upload_seeds"
