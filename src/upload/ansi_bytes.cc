@@ -3,6 +3,7 @@
 #include <array>
 #include <atomic>
 #include <cstdio>
+#include <cstring>
 
 #include "corvane/codepage.h"
 #include "corvane/error.h"
@@ -132,6 +133,10 @@ std::string BytesToString(std::string_view bytes, int codePage) {
   while (i < n) {
     // A run of single-byte characters is copied as it stands.
     size_t run = i;
+    for (uint64_t word; run + 8 <= n; run += 8) {
+      std::memcpy(&word, bytes.data() + run, 8);
+      if (word & 0x8080808080808080ull) break;
+    }
     while (run < n && static_cast<unsigned char>(bytes[run]) <= 127) ++run;
     out.append(bytes.data() + i, run - i);
     i = run;

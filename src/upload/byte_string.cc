@@ -36,7 +36,27 @@ __attribute__((target("avx2"))) size_t ScanAvx2(const char* hay, size_t n, const
                                                 size_t& i) {
   const __m256i first = _mm256_set1_epi8(needle[0]);
   const __m256i last = _mm256_set1_epi8(needle[m - 1]);
-  // A block covers candidates i .. i+31 and reads up to hay[i + 31 + m - 1].
+  // Two blocks at a time while they fit: candidates i .. i+63, reading up to hay[i + 63 + m - 1].
+  while (i + 64 + m - 1 <= n) {
+    const auto* p = hay + i;
+    __m256i e0 = _mm256_and_si256(_mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)), first),
+                                  _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + m - 1)), last));
+    __m256i e1 = _mm256_and_si256(
+        _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 32)), first),
+        _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 32 + m - 1)), last));
+    __m256i any = _mm256_or_si256(e0, e1);
+    if (!_mm256_testz_si256(any, any)) {
+      uint64_t mask = static_cast<uint32_t>(_mm256_movemask_epi8(e0)) |
+                      static_cast<uint64_t>(static_cast<uint32_t>(_mm256_movemask_epi8(e1))) << 32;
+      while (mask) {
+        size_t at = i + static_cast<size_t>(__builtin_ctzll(mask));
+        if (m <= 2 || std::memcmp(hay + at + 1, needle + 1, m - 2) == 0) return at;
+        mask &= mask - 1;
+      }
+    }
+    i += 64;
+  }
+  // Then one block: candidates i .. i+31, reading up to hay[i + 31 + m - 1].
   while (i + 32 + m - 1 <= n) {
     __m256i a = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(hay + i));
     __m256i b = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(hay + i + m - 1));
@@ -76,7 +96,85 @@ bool HasAvx2() {
 }
 #endif
 
+#if defined(__x86_64__)
+// The two-needle pass, 32 candidates at a time; returns where it stopped.
+__attribute__((target("avx2"))) size_t ScanMarksAvx2(const char* hay, size_t n, std::string_view a, std::string_view b,
+                                                     MarkScan& out, size_t cap) {
+  const size_t ma = a.size(), mb = b.size(), reach = (ma > mb ? ma : mb) - 1;
+  const __m256i a0 = _mm256_set1_epi8(a[0]), a1 = _mm256_set1_epi8(a[ma - 1]);
+  const __m256i b0 = _mm256_set1_epi8(b[0]), b1 = _mm256_set1_epi8(b[mb - 1]);
+  size_t i = 0;
+  while (i + 32 + reach <= n) {
+    const auto* p = hay + i;
+    const __m256i head = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+    const __m256i ea = _mm256_and_si256(_mm256_cmpeq_epi8(head, a0),
+                                        _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + ma - 1)), a1));
+    const __m256i eb = _mm256_and_si256(_mm256_cmpeq_epi8(head, b0),
+                                        _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + mb - 1)), b1));
+    const __m256i any = _mm256_or_si256(ea, eb);
+    if (!_mm256_testz_si256(any, any)) {
+      for (auto mask = static_cast<uint32_t>(_mm256_movemask_epi8(ea)); mask; mask &= mask - 1) {
+        size_t at = i + static_cast<size_t>(__builtin_ctz(mask));
+        if (std::memcmp(hay + at, a.data(), ma) == 0) ++out.counted;
+      }
+      for (auto mask = static_cast<uint32_t>(_mm256_movemask_epi8(eb)); mask && out.listComplete; mask &= mask - 1) {
+        size_t at = i + static_cast<size_t>(__builtin_ctz(mask));
+        if (std::memcmp(hay + at, b.data(), mb) != 0) continue;
+        if (out.listed.size() == cap) {
+          out.listComplete = false;
+          out.listed.clear();
+        } else {
+          out.listed.push_back(at);
+        }
+      }
+    }
+    i += 32;
+  }
+  return i;
+}
+#endif
+
 }  // namespace
+
+MarkScan ScanMarks(std::string_view hay, std::string_view counted, std::string_view listed, size_t listCap) {
+  MarkScan out;
+  if (counted.empty()) return out;
+  if (listed.empty()) {
+    out.counted = CountBytes(hay, counted);
+    return out;
+  }
+  size_t i = 0;
+#if defined(__x86_64__)
+  if (HasAvx2()) i = ScanMarksAvx2(hay.data(), hay.size(), counted, listed, out, listCap);
+#endif
+  if (i == 0) {
+    // Without the block pass: one search per needle.
+    out.counted = CountBytes(hay, counted);
+    for (size_t at = FindBytes(hay, listed); at != std::string_view::npos; at = FindBytes(hay, listed, at + 1)) {
+      if (out.listed.size() == listCap) {
+        out.listComplete = false;
+        out.listed.clear();
+        break;
+      }
+      out.listed.push_back(at);
+    }
+    return out;
+  }
+  // The last candidates, one at a time.
+  for (; i < hay.size(); ++i) {
+    std::string_view rest = hay.substr(i);
+    if (rest.starts_with(counted)) ++out.counted;
+    if (out.listComplete && rest.starts_with(listed)) {
+      if (out.listed.size() == listCap) {
+        out.listComplete = false;
+        out.listed.clear();
+      } else {
+        out.listed.push_back(i);
+      }
+    }
+  }
+  return out;
+}
 
 size_t FindBytes(std::string_view hay, std::string_view needle, size_t from) {
   const size_t n = hay.size(), m = needle.size();

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
 namespace corvane::upload {
 
@@ -19,6 +20,17 @@ size_t FindBytes(std::string_view hay, std::string_view needle, size_t from = 0)
 
 // The number of non-overlapping occurrences of `needle` in `hay`, counted left to right.
 size_t CountBytes(std::string_view hay, std::string_view needle);
+
+// One pass over `hay` for two needles: counts the occurrences of `counted` (a needle that cannot
+// overlap itself, so every occurrence counts) and lists the 0-based offsets of every occurrence of
+// `listed`, overlapping ones included, in order. Past `listCap` offsets the list is dropped and
+// `listComplete` is false. An empty `listed` lists nothing (and is complete).
+struct MarkScan {
+  size_t counted = 0;
+  std::vector<size_t> listed;
+  bool listComplete = true;
+};
+MarkScan ScanMarks(std::string_view hay, std::string_view counted, std::string_view listed, size_t listCap);
 
 inline int64_t LenB(std::string_view s) { return static_cast<int64_t>(s.size()); }
 

@@ -66,6 +66,32 @@ TEST(ByteFunctions, FindBytesAgreesWithAPlainSearch) {
   }
 }
 
+// The one-pass scan must count and list exactly what separate searches find, at block edges too.
+TEST(ByteFunctions, ScanMarksAgreesWithSeparateSearches) {
+  std::mt19937 rng(11);
+  const std::string counted = "; n=";
+  for (size_t n : {0u, 5u, 31u, 32u, 40u, 64u, 100u, 300u}) {
+    for (int round = 0; round < 60; ++round) {
+      std::string hay(n, '\0');
+      for (char& c : hay) c = "; n=-x"[rng() % 6];
+      std::string listed(1 + rng() % 6, '\0');
+      for (char& c : listed) c = "-x;"[rng() % 3];
+      MarkScan scan = ScanMarks(hay, counted, listed, 1000);
+      EXPECT_EQ(scan.counted, CountBytes(hay, counted));
+      std::vector<size_t> all;
+      for (size_t at = hay.find(listed); at != std::string::npos; at = hay.find(listed, at + 1)) all.push_back(at);
+      EXPECT_TRUE(scan.listComplete);
+      ASSERT_EQ(scan.listed, all) << "n=" << n << " listed=" << listed;
+    }
+  }
+  // Past the cap the list is given up; the count is still whole.
+  MarkScan capped = ScanMarks(std::string(100, '-') + "; n=", counted, "--", 10);
+  EXPECT_FALSE(capped.listComplete);
+  EXPECT_TRUE(capped.listed.empty());
+  EXPECT_EQ(capped.counted, 1u);
+  EXPECT_TRUE(ScanMarks("a; n=b", counted, "", 10).listComplete);
+}
+
 TEST(ByteFunctions, CountBytesCountsWithoutOverlap) {
   EXPECT_EQ(CountBytes("aaaa", "aa"), 2u);
   EXPECT_EQ(CountBytes("; name=; name=x; name", "; name="), 2u);

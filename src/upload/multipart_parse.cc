@@ -9,9 +9,11 @@
 //
 // A body may lead the walk back to an item it has already parsed (a file part with no blank line
 // after its headers takes its data from the body's start, and the walk goes on from there). The
-// walk is still bounded by the count, at most 255 steps; what such steps repeat is not done twice:
-// the searches are remembered by needle and start, texts and values by where they lie in the body,
-// and writing the same data to the same file again is skipped.
+// walk is still bounded by the count, at most 255 steps; what such steps repeat is not done twice
+// where it is costly: long searches are remembered by needle and start, long texts and values by
+// where they lie in the body (so repeated items share them), and writing the same data to the same
+// file again is skipped.
+#include <algorithm>
 #include <map>
 #include <tuple>
 #include <utility>
@@ -43,30 +45,54 @@ namespace {
 
 using Text = std::shared_ptr<const std::string>;
 
-// InStrB over the body, remembered by needle and start.
+// Searches that cover more bytes than this, and texts and values made of more, are remembered for
+// a walk that comes back the same way.
+constexpr int64_t kRememberBeyond = 4096;
+
+// InStrB over the body, long searches remembered by needle and start. One needle's occurrences may be known
+// beforehand (the boundary's, from the counting pass): its searches then only look them up.
 class BodySearch {
  public:
-  explicit BodySearch(std::string_view body) : body_(body) {}
+  BodySearch(std::string_view body, std::string_view known, const std::vector<size_t>* knownAt)
+      : body_(body), known_(known), knownAt_(knownAt) {}
 
   // `find` must stay where it is for the whole parse: it is told apart by its address.
   int64_t operator()(int64_t start, std::string_view find) {
     if (start < 1) throw Error::InvalidCall();
-    auto [it, fresh] = seen_.try_emplace({find.data(), find.size(), start}, 0);
-    if (fresh) it->second = InStrB(start, body_, find);
-    return it->second;
+    if (knownAt_ && find.data() == known_.data() && find.size() == known_.size()) {
+      if (start > LenB(body_)) return 0;
+      auto it = std::lower_bound(knownAt_->begin(), knownAt_->end(), static_cast<size_t>(start - 1));
+      return it == knownAt_->end() ? 0 : static_cast<int64_t>(*it) + 1;
+    }
+    const std::tuple<const char*, size_t, int64_t> key{find.data(), find.size(), start};
+    if (!seen_.empty()) {
+      auto it = seen_.find(key);
+      if (it != seen_.end()) return it->second;
+    }
+    const int64_t at = InStrB(start, body_, find);
+    // Only a long search is worth remembering; a short one costs less to do again.
+    if ((at == 0 ? LenB(body_) : at) - start > kRememberBeyond) seen_.emplace(key, at);
+    return at;
   }
 
  private:
   std::string_view body_;
+  std::string_view known_;
+  const std::vector<size_t>* knownAt_;
   std::map<std::tuple<const char*, size_t, int64_t>, int64_t> seen_;
 };
 
-// Results made from a stretch of the body, kept by its position and length.
+// How many places of the boundary the counting pass keeps; a body with more is searched instead.
+constexpr size_t kBoundaryPlaces = 1 << 16;
+
+// Results made from a long stretch of the body, kept by its position and length; a short one is
+// made again each time it is asked for.
 template <class T>
 class ByRange {
  public:
   template <class Make>
-  const T& Get(int64_t at, std::string_view bytes, Make&& make) {
+  T Get(int64_t at, std::string_view bytes, Make&& make) {
+    if (static_cast<int64_t>(bytes.size()) <= kRememberBeyond) return make(bytes);
     auto key = std::make_pair(at, static_cast<int64_t>(bytes.size()));
     auto it = made_.find(key);
     if (it == made_.end()) it = made_.emplace(key, make(bytes)).first;
@@ -142,7 +168,10 @@ int32_t SystemInit::Parse(int32_t lngMaxSize, std::string ServerPath, int16_t ln
   const std::string_view divider = LeftB(body, dividerLen);
   const std::string_view boundary = LeftB(divider, LenB(divider) - 2);
 
-  count_ = static_cast<int32_t>(upload::CountNameMarks(body, codePage_));
+  // The count of "; name=" (on the raw bytes: see CountNameMarks) and, in the same pass over the
+  // body, the places of the boundary for the searches below.
+  upload::MarkScan marks = upload::ScanMarks(body, "; name=", boundary, kBoundaryPlaces);
+  count_ = static_cast<int32_t>(marks.counted);
   // (The stops come before the arrays are sized: a count above 255 is never used to size them.)
   if (count_ > 255) return static_cast<int32_t>(UploadCode::kTooManyItems);
   if (count_ == 0) return static_cast<int32_t>(UploadCode::kNoItems);
@@ -156,7 +185,7 @@ int32_t SystemInit::Parse(int32_t lngMaxSize, std::string ServerPath, int16_t ln
   const Text noText = Share("");
   const auto noContent = UploadValue::Content(nullptr, {});
 
-  BodySearch find(body);
+  BodySearch find(body, boundary, marks.listComplete && !boundary.empty() ? &marks.listed : nullptr);
   ByRange<Text> names;
   ByRange<std::shared_ptr<const UploadValue>> texts, contents;
   ByRange<ClientFileName> fileNames;
@@ -190,7 +219,7 @@ int32_t SystemInit::Parse(int32_t lngMaxSize, std::string ServerPath, int16_t ln
     // A file: its name as the client sent it, then its content after the part's headers.
     const int64_t fnAt = find(afterName, fileNameMark);
     const int64_t fnQuote = find(fnAt + 10, quote);
-    const ClientFileName& client =
+    const ClientFileName client =
         fileNames.Get(fnAt, MidB(body, fnAt, fnQuote - fnAt), [&](std::string_view bytes) {
           std::string raw = Replace(Replace(BytesToString(bytes), "filename=", ""), "\"", "");
           size_t cut = raw.find_last_of("\\:");
