@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "ado/recordset_impl.h"
 #include "corvane/error.h"
 #include "permission/permission_test_support.h"
 
@@ -111,6 +112,33 @@ TEST_F(MenusTest, TheSuperuserNameIsComparedExactly) {
   EXPECT_EQ(WalkMenus(*p->permission), "2 系统\n");
   p->session.Set("personName", Variant("sysop "));
   EXPECT_EQ(WalkMenus(*p->permission), "2 系统\n");
+}
+
+// The menu queries of a person go to the database as written, doubled blanks included (a select of
+// this form passes the SQLite dialect unchanged, so the recordset's statement is the text itself).
+TEST_F(MenusTest, GetMenu1AndGetMenu23OpenTheirQueriesAsWritten) {
+  const struct {
+    const char* personName;
+    const char* menu1;
+    const char* menu23;
+  } cases[] = {
+      {"sysop",
+       " Select * from Menu where  menuFatherID is null  and systemID  =1 order by menuOrder ",
+       "select * from Menu where  menufatherID=3 and  systemID=1 order by menuOrder"},
+      {"钱七",
+       " Select * from Menu where  menuFatherID is null and menuid in (1,23,4) and systemID  =1 order by menuOrder ",
+       "select * from Menu where  menufatherID=3 and  menuid in (1,23,4) and  systemID=1 order by menuOrder"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.personName);
+    auto p = SignIn(c.personName, "1,23,4");
+    auto rs1 = std::make_shared<ado::Recordset>();
+    Variant arg(Object{rs1});
+    p->permission->GetMenu1(arg);
+    EXPECT_EQ(rs1->impl()->adapted, c.menu1);
+    auto rs23 = p->permission->GetMenu23(Variant("3")).ToObject().As<ado::Recordset>();
+    EXPECT_EQ(rs23->impl()->adapted, c.menu23);
+  }
 }
 
 TEST_F(MenusTest, GetMenu23OfAnEntryWithoutChildrenIsAtItsEndAtOnce) {
