@@ -2,7 +2,6 @@
 // boxes, and the person's menu ids in the session.
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <string>
 
 #include "corvane/error.h"
@@ -160,15 +159,6 @@ TEST_F(GroupsTest, SavesWithAnEmptyGroupIdReturnTheFailureTextAndChangeNothing) 
     EXPECT_EQ(p.permission->SavePerson(group, people).ToString(), "人员修改失败");
   }
   EXPECT_EQ(AllRows(), before);
-}
-
-TEST_F(GroupsTest, SavesTakeTheGroupIdAsTextOrNumber) {
-  PermissionPage p(db);
-  Variant text("1"), number(int16_t{3}), rights("9"), people("1");
-  p.permission->SavePermission(text, rights);
-  p.permission->SavePerson(number, people);
-  EXPECT_EQ(Rights(1), "1|1|9");
-  EXPECT_EQ(Members(3), "1");
 }
 
 TEST_F(GroupsTest, DispPersonChecksTheMembersOfTheGroup) {
