@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "ado/sql_tokens.h"
+#include "corvane/error.h"
 
 namespace corvane::ado {
 namespace {
@@ -125,3 +126,15 @@ TEST(SqlTokens, QuotedTextsAreSingleTokensAndCoverEveryByte) {
 
 }  // namespace
 }  // namespace corvane::ado
+
+TEST(AdaptForSqlite, RefusesAnEmptyInListAsSqlServerDoes) {
+  try {
+    AdaptForSqlite(" Select * from Menu where  menuFatherID is null and menuid in () and systemID  =1");
+    FAIL();
+  } catch (const Error& e) {
+    EXPECT_EQ(e.Number(), Error::kDatabaseError);
+    EXPECT_EQ(e.Description(), "Incorrect syntax near ')'.");
+  }
+  EXPECT_EQ(AdaptForSqlite("select a from t where b in (1) and c='in ()'"),
+            "select a from t where b in (1) and c='in ()'");
+}
