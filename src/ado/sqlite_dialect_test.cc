@@ -124,9 +124,6 @@ TEST(SqlTokens, QuotedTextsAreSingleTokensAndCoverEveryByte) {
                                                    "'e''f'", "x", "<=", "y"}));
 }
 
-}  // namespace
-}  // namespace corvane::ado
-
 TEST(AdaptForSqlite, RefusesAnEmptyInListAsSqlServerDoes) {
   try {
     AdaptForSqlite(" Select * from Menu where  menuFatherID is null and menuid in () and systemID  =1");
@@ -138,3 +135,6 @@ TEST(AdaptForSqlite, RefusesAnEmptyInListAsSqlServerDoes) {
   EXPECT_EQ(AdaptForSqlite("select a from t where b in (1) and c='in ()'"),
             "select a from t where b in (1) and c='in ()'");
 }
+
+}  // namespace
+}  // namespace corvane::ado
