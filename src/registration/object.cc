@@ -29,18 +29,18 @@ int32_t Object::IdOf(std::string_view name) const {
 bool Object::Has(std::string_view name) const { return p_ && p_->Info().DispIdOf(name) != -1; }
 
 Variant Object::Invoke(std::string_view name, Args& args) const {
-  const int32_t id = IdOf(name);  // raises 91 on Nothing before p_ is used
+  int32_t id = IdOf(name);  // raises 91 on Nothing before p_ is used
   return p_->InvokeMember(id, InvokeKind::Method, args);
-}
-
-Variant Object::Invoke(std::string_view name) const {
-  Args none;
-  return Invoke(name, none);
 }
 
 Variant Object::Invoke(std::string_view name, Args&& args) const {
   Args local = std::move(args);
   return Invoke(name, local);
+}
+
+Variant Object::Invoke(std::string_view name) const {
+  Args none;
+  return Invoke(name, none);
 }
 
 Variant Object::Invoke(int32_t dispid, Args& args, InvokeKind kind) const {
@@ -55,19 +55,19 @@ Variant Object::Get(std::string_view name) const {
 }
 
 Variant Object::Get(std::string_view name, Args& args) const {
-  const int32_t id = IdOf(name);
+  int32_t id = IdOf(name);
   return p_->InvokeMember(id, InvokeKind::PropertyGet, args);
 }
 
 void Object::Put(std::string_view name, const Variant& value) const {
+  int32_t id = IdOf(name);
   Args args{value};
-  const int32_t id = IdOf(name);
   p_->InvokeMember(id, InvokeKind::PropertyPut, args);
 }
 
 void Object::PutRef(std::string_view name, const Variant& value) const {
+  int32_t id = IdOf(name);
   Args args{value};
-  const int32_t id = IdOf(name);
   p_->InvokeMember(id, InvokeKind::PropertyPutRef, args);
 }
 
