@@ -19,6 +19,7 @@
 #include <utility>
 
 #include "corvane/error.h"
+#include "corvane/host.h"
 #include "corvane/text.h"
 #include "upload/ansi_bytes.h"
 #include "upload/byte_string.h"

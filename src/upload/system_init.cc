@@ -2,6 +2,7 @@
 #include "upload/system_init.h"
 
 #include "corvane/error.h"
+#include "corvane/host.h"
 #include "corvane/text.h"
 
 namespace corvane {

@@ -19,11 +19,17 @@
 #include <string_view>
 #include <vector>
 
-#include "corvane/host.h"
+#include "corvane/codepage.h"
 #include "corvane/object.h"
 #include "corvane/variant.h"
 
 namespace corvane {
+
+namespace host {
+class ScriptingContext;
+class Request;
+class Server;
+}  // namespace host
 
 namespace upload {
 
