@@ -53,8 +53,8 @@ const std::string& Body(int which) {
 // What is timed, on a fresh page per iteration.
 enum class Work { kUpload, kUploadAndRead, kMemchr };
 
-void Run(benchmark::State& state, Work work) {
-  const std::string& body = Body(static_cast<int>(state.range(0)));
+void Run(benchmark::State& state, Work work, int which) {
+  const std::string& body = Body(which);
   for (auto _ : state) {
     state.PauseTiming();
     host::Session session;
@@ -75,7 +75,7 @@ void Run(benchmark::State& state, Work work) {
       result = up->Upload();
       if (work == Work::kUploadAndRead) {
         for (int i = 0, n = up->count().ToLong(); i < n; ++i) {
-          Variant name(state.range(0) == 0 ? std::string("file") : "field" + std::to_string(i));
+          Variant name(which == 0 ? std::string("file") : "field" + std::to_string(i));
           benchmark::DoNotOptimize(up->Form(name));
         }
       }
@@ -90,25 +90,26 @@ void Run(benchmark::State& state, Work work) {
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(body.size()));
 }
 
-void BM_Upload(benchmark::State& state) { Run(state, Work::kUpload); }
-void BM_UploadAndRead(benchmark::State& state) { Run(state, Work::kUploadAndRead); }
-void BM_MemchrFreshPage(benchmark::State& state) { Run(state, Work::kMemchr); }
+void BM_Upload(benchmark::State& state, int which) { Run(state, Work::kUpload, which); }
+void BM_UploadAndRead(benchmark::State& state, int which) { Run(state, Work::kUploadAndRead, which); }
+void BM_MemchrFreshPage(benchmark::State& state, int which) { Run(state, Work::kMemchr, which); }
 
 // memchr over one body that stays in place (warm in the caches after the first pass).
-void BM_Memchr(benchmark::State& state) {
-  const std::string& body = Body(static_cast<int>(state.range(0)));
+void BM_Memchr(benchmark::State& state, int which) {
+  const std::string& body = Body(which);
   for (auto _ : state) benchmark::DoNotOptimize(std::memchr(body.data(), 0x7f, body.size()));
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(body.size()));
 }
 
-// range(0): 0 = LargeFile, 1 = SmallFields.
-BENCHMARK(BM_Memchr)->ArgName("SmallFields")->Arg(0)->Arg(1);
-BENCHMARK(BM_MemchrFreshPage)->ArgName("SmallFields")->Arg(0)->Iterations(40)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_MemchrFreshPage)->ArgName("SmallFields")->Arg(1)->Unit(benchmark::kMicrosecond);
-BENCHMARK(BM_Upload)->ArgName("SmallFields")->Arg(0)->Iterations(40)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Upload)->ArgName("SmallFields")->Arg(1)->Unit(benchmark::kMicrosecond);
-BENCHMARK(BM_UploadAndRead)->ArgName("SmallFields")->Arg(0)->Iterations(10)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_UploadAndRead)->ArgName("SmallFields")->Arg(1)->Unit(benchmark::kMicrosecond);
+// 0 = LargeFile, 1 = SmallFields.
+BENCHMARK_CAPTURE(BM_Memchr, LargeFile, 0);
+BENCHMARK_CAPTURE(BM_MemchrFreshPage, LargeFile, 0)->Iterations(40)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_Upload, LargeFile, 0)->Iterations(40)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_UploadAndRead, LargeFile, 0)->Iterations(10)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_Memchr, SmallFields, 1);
+BENCHMARK_CAPTURE(BM_MemchrFreshPage, SmallFields, 1)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_Upload, SmallFields, 1)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_UploadAndRead, SmallFields, 1)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 }  // namespace corvane
