@@ -1,8 +1,14 @@
+#include "pages.h"
 #include "site.h"
 
 namespace corvane::site {
 
-bool PrepareDatabase(const std::string&) { return false; }
-void RegisterPages(server::PageRegistry&) {}
+void RegisterPages(server::PageRegistry& pages) {
+  RegisterSignInPages(pages);
+  RegisterTablePages(pages);
+  RegisterCalendarPages(pages);
+  RegisterPermissionPages(pages);
+  RegisterUploadPage(pages);
+}
 
 }  // namespace corvane::site
