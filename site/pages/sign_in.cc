@@ -113,11 +113,12 @@ void Main(PageContext& p) {
     p.Response.Write("<p>没有可用的菜单。</p>");
   }
 
-  // The staff bar: everyone of the person's system, each opening that person's month calendar.
+  // The staff bar: everyone of the person's system but the system account, each opening that
+  // person's month calendar.
   Object scheduler = p.Server.CreateObject("corvane.scheduler");
   Call(scheduler, "Init", {Variant(ConnStr(p))});
   p.Response.Write("</div><div id=staffbar></div>\r\n<script>\r\nvar t=outlookbar.addtitle('员工日程');\r\n");
-  p.Response.Write(Call(scheduler, "GetMenu", {Variant("1=1")}));
+  p.Response.Write(Call(scheduler, "GetMenu", {Variant("person.personGroupID<>7")}));
   p.Response.Write("outlookbar.show('staffbar');\r\n</script></div>\r\n"
                    "<iframe name=main class=main src='/scheduler/personWeek.asp'></iframe>");
   WriteFoot(p);
