@@ -44,10 +44,10 @@ bool IsWithin(const fs::path& p, const fs::path& root) {
 
 std::string ContentTypeFor(std::string_view fileName) {
   static const std::pair<std::string_view, std::string_view> kTypes[] = {
-      {".css", "text/css"},         {".js", "text/javascript"},  {".gif", "image/gif"},
+      {".css", "text/css; charset=utf-8"},  {".js", "text/javascript; charset=utf-8"},  {".gif", "image/gif"},
       {".png", "image/png"},        {".jpg", "image/jpeg"},      {".jpeg", "image/jpeg"},
-      {".ico", "image/x-icon"},     {".svg", "image/svg+xml"},   {".html", "text/html"},
-      {".htm", "text/html"},        {".txt", "text/plain"},      {".json", "application/json"},
+      {".ico", "image/x-icon"},     {".svg", "image/svg+xml"},   {".html", "text/html; charset=utf-8"},
+      {".htm", "text/html; charset=utf-8"}, {".txt", "text/plain; charset=utf-8"},      {".json", "application/json"},
       {".woff2", "font/woff2"},     {".pdf", "application/pdf"},
   };
   size_t dot = fileName.rfind('.');

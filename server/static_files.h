@@ -22,7 +22,9 @@ struct StaticReply {
   std::vector<std::pair<std::string, std::string>> headers;
 };
 
-// The Content-Type of a file name by its extension ("application/octet-stream" when unknown).
+// The Content-Type of a file name by its extension ("application/octet-stream" when unknown). The
+// site's text files are UTF-8 whatever the pages' code page, so text types say so: a script that a
+// GBK page loads would otherwise be read as GBK.
 std::string ContentTypeFor(std::string_view fileName);
 
 class StaticFiles {

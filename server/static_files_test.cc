@@ -80,8 +80,8 @@ TEST_F(StaticFilesTest, RepliesCarryTypeAndValidatorsAndAnswerConditionalRequest
 }
 
 TEST(ContentTypeTest, ByExtension) {
-  EXPECT_EQ(ContentTypeFor("style.css"), "text/css");
-  EXPECT_EQ(ContentTypeFor("Calendar.JS"), "text/javascript");
+  EXPECT_EQ(ContentTypeFor("style.css"), "text/css; charset=utf-8");
+  EXPECT_EQ(ContentTypeFor("Calendar.JS"), "text/javascript; charset=utf-8");
   EXPECT_EQ(ContentTypeFor("a.png"), "image/png");
   EXPECT_EQ(ContentTypeFor("README"), "application/octet-stream");
   EXPECT_EQ(ContentTypeFor("x.exe"), "application/octet-stream");

@@ -1,9 +1,11 @@
 // The upload page: a multipart form whose file SystemInit stores under the drive path d:\up\, with a
 // list of what has been uploaded.
+#include <filesystem>
 #include <memory>
 
 #include "corvane/ado.h"
 #include "corvane/dates.h"
+#include "corvane/drive_path.h"
 #include "pages.h"
 
 namespace corvane::site {
@@ -23,6 +25,9 @@ void Upload(PageContext& p) {
   if (!RequireSignIn(p)) return;
   std::string message;
   if (p.Request.ServerVariables("REQUEST_METHOD").Text() == "POST") {
+    // The drive folder may be new (a fresh drive root): the component writes into it, it does not make it.
+    std::error_code ec;
+    std::filesystem::create_directories(MapDrivePath(kFolder), ec);
     Object up = p.Server.CreateObject("corvane.SystemInit");
     std::string result =
         Call(up, "Upload", {Variant(kMaxFileBytes), Variant(kFolder), Variant(int16_t{2})}).Text();
