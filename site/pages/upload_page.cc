@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "corvane/ado.h"
+#include "corvane/codepage.h"
 #include "corvane/dates.h"
 #include "corvane/drive_path.h"
 #include "pages.h"
@@ -21,6 +22,22 @@ std::string Quoted(const std::string& text) {
   return out + "'";
 }
 
+// The file name the browser sent for `field`, decoded from the code page, without any client folder.
+// The component stores a file under this name but reports it through FileName only when the client
+// sent a folder with it ("c:\\x\\a.txt"); current browsers send the bare name, so the page reads it.
+std::string ClientFileName(const std::string& body, const std::string& field, int codePage) {
+  const std::string key = "name=\"" + field + "\"; filename=\"";
+  size_t at = body.find(key);
+  if (at == std::string::npos) return "";
+  at += key.size();
+  size_t end = body.find('"', at);
+  if (end == std::string::npos) return "";
+  // Decode first: a GBK trail byte may be 0x5C, the backslash.
+  std::string name = DecodeCodePage(body.substr(at, end - at), codePage);
+  size_t cut = name.find_last_of("\\/:");
+  return cut == std::string::npos ? name : name.substr(cut + 1);
+}
+
 void Upload(PageContext& p) {
   if (!RequireSignIn(p)) return;
   std::string message;
@@ -34,6 +51,7 @@ void Upload(PageContext& p) {
     if (result == "OK") {
       Args field{Variant("file1")};
       std::string fileName = up.Invoke("FileName", field).Text();
+      if (fileName.empty()) fileName = ClientFileName(p.Request.Body(), "file1", p.Request.CodePage());
       int32_t size = up.Invoke("Size", field).ToLong();
       Args remarkField{Variant("remark")};
       std::string remark = up.Invoke("Form", remarkField).Text();
