@@ -18,7 +18,10 @@
 //   DATETIME, DATE, TIMESTAMP, SMALLDATETIME -> 135 adDBTimeStamp (Date values)
 //   CHAR, NCHAR -> 130 adWChar; TEXT, NTEXT, CLOB -> 203 adLongVarWChar
 //   BLOB, IMAGE, VARBINARY -> 205 adLongVarBinary (byte arrays)
-//   VARCHAR, NVARCHAR, anything else or no declared type -> 202 adVarWChar
+//   VARCHAR, NVARCHAR, anything else -> 202 adVarWChar
+// A column without a declared type (an expression) takes the type of the value it holds in the
+// current row: 3 and a Long for integers that fit, 5 and a Double for other numbers, 205 for bytes,
+// 202 and text otherwise (also at EOF). A DATETIME text that is not a date stays text.
 // A NULL value is a Null Variant whatever the type.
 #pragma once
 
@@ -60,11 +63,13 @@ class Connection : public Dispatch {
   // unreachable database. Opening an open connection raises 3705.
   void Open(const std::string& connectionString, const std::string& userID = "",
             const std::string& password = "", int options = -1);
-  // Closes and returns the handle to the pool. Closing a closed connection raises 3704.
+  // Closes and returns the handle to the pool. Closing a closed connection raises 3704. A recordset
+  // still open on the connection keeps the handle (and stays readable) until it closes itself.
   void Close();
   bool IsOpen() const;
   const std::string& ConnectionString() const;
-  // Runs one statement that returns no rows; answers the number of rows it changed.
+  // Runs one statement that returns no rows; answers the number of rows it changed (0 for a
+  // statement that changes none). On a closed connection raises 3709.
   int32_t Execute(std::string_view sql, int options = -1);
 
   detail::ConnectionImpl* impl() const { return impl_.get(); }
@@ -83,7 +88,11 @@ class Recordset : public Dispatch {
 
   // Opens on a select statement. `activeConnection` is an open Connection (an Object Variant) or a
   // connection string (a pooled connection is opened for the recordset's life). Cursor types 1 and
-  // 3 (and -1, 0) are accepted; all read the same way.
+  // 3 (and -1, 0, 2) are accepted and all read the same way; others raise 3001. Opening an open
+  // recordset raises 3705; a closed connection or no connection raises 3709; a statement the
+  // database rejects raises Error::Database and leaves the recordset closed. Open reads the first row
+  // only: rows are read one by one as the recordset moves. A statement that returns no rows (an
+  // insert) is run and the recordset stays closed.
   void Open(std::string_view source, const Variant& activeConnection, int cursorType = -1,
             int lockType = -1, int options = -1);
   void Open(std::string_view source, const std::shared_ptr<Connection>& connection,
@@ -93,9 +102,9 @@ class Recordset : public Dispatch {
 
   // "EOF" is a macro of <cstdio>, hence the spelling; late-bound callers use "EOF".
   bool Eof() const;
-  bool Bof() const;
+  bool Bof() const;  // true only for an empty result: the recordset never moves before its first row
   void MoveNext();  // raises 3021 at EOF
-  void MoveFirst();
+  void MoveFirst();  // runs the query again
 
   // The current row's field, by name (case-insensitive) or by 0-based index. At EOF raises 3021; an
   // unknown name or index raises 3265.
@@ -106,14 +115,19 @@ class Recordset : public Dispatch {
   std::string FieldName(int index) const;
   int FieldCount() const;
 
-  // Paging: PageSize defaults to 10. Setting AbsolutePage moves to the first row of that page and
-  // reads only that page's rows. RecordCount and PageCount come from a count of the query.
+  // Paging: PageSize defaults to 10 (below 1 raises 3001). Setting AbsolutePage (1-based; below 1
+  // raises 3001) runs the query again from the first row of that page, so the rows of earlier pages
+  // are never read; past the last row the recordset is at EOF. AbsolutePage answers the page of the
+  // current row, -3 (adPosEOF) at EOF. RecordCount and PageCount (0 when empty) come from one count
+  // of the query, taken when first asked for and kept.
   void SetPageSize(int32_t n);
   int32_t PageSize() const;
   void SetAbsolutePage(int32_t page);
   int32_t AbsolutePage() const;
   int32_t PageCount() const;
   int32_t RecordCount() const;
+
+  detail::RecordsetImpl* impl() const { return impl_.get(); }
 
  private:
   std::unique_ptr<detail::RecordsetImpl> impl_;
@@ -124,13 +138,21 @@ class Field : public Dispatch {
  public:
   Field(std::string name, int type, Variant value)
       : name_(std::move(name)), type_(type), value_(std::move(value)) {}
+  // A field read while the recordset has no current record (at EOF): Name and Type answer, Value
+  // raises 3021.
+  static std::shared_ptr<Field> WithoutRecord(std::string name, int type);
   const ClassInfo& Info() const override;
   Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
+
+  const std::string& Name() const { return name_; }
+  int Type() const { return type_; }
+  Variant Value() const;  // raises 3021 for a field without a record
 
  private:
   std::string name_;
   int type_;
   Variant value_;
+  bool hasRecord_ = true;
 };
 
 const ClassInfo& ConnectionClass();
