@@ -111,7 +111,12 @@ struct HttpServer::Impl {
     const int threads = options.threads;
     http.new_task_queue = [threads] { return new httplib::ThreadPool(static_cast<size_t>(threads)); };
     http.set_payload_max_length(options.maxBodyBytes);
-    http.set_keep_alive_max_count(1000);
+    // A reply goes out as two writes (head, then body); without TCP_NODELAY the second waits for the
+    // client's delayed ACK, some 40 ms per request on a kept-alive connection.
+    http.set_tcp_nodelay(true);
+    // A worker keeps its connection while the client keeps it alive; a bounded count lets queued
+    // connections in when there are more clients than workers.
+    http.set_keep_alive_max_count(100);
     http.Get(".*", [this](const httplib::Request& req, httplib::Response& res) { Serve(req, res, ""); });
     http.Post(".*", [this](const httplib::Request& req, httplib::Response& res) { Serve(req, res, req.body); });
     // The upload component parses a multipart body itself, so it must arrive raw; httplib would parse
