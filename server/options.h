@@ -25,8 +25,10 @@ struct ServerOptions {
   // Drive root of the upload's drive paths ("d:\up\" is <drives>/d/up/); sets CORVANE_DRIVE_ROOT.
   // Empty leaves the environment as it is (the platform's default is ./drives).
   std::string drives;
-  // Worker threads that serve requests. Must be at least 1.
-  int threads = 8;
+  // Worker threads. A worker serves one connection at a time for as long as the client keeps it alive
+  // (20 requests or 3 idle seconds at most), so this is the number of connections served at once;
+  // more wait their turn. Must be at least 1.
+  int threads = 64;
   // Minutes a session may stay idle before it is dropped. Must be at least 1.
   int sessionTimeoutMinutes = 20;
   // Largest request body accepted, in bytes; a larger one is answered 413 without reading it.
