@@ -249,17 +249,48 @@ test('demo site', async (t) => {
     await shot('08-week');
   });
 
+  await t.test('a click on a day of one\'s own month opens manage.asp, which adds a plan', async () => {
+    await page.goto(base + '/scheduler/personMonth.asp?personID=2');
+    const now = new Date();
+    const day = `${now.getFullYear()}-${String(now.getMonth() + 1).padStart(2, '0')}-10`;
+    await clickAndLoad(page.locator(`td[onclick*="manage('${day}')"]`));
+    assert.match(page.url(), /\/scheduler\/manage\.asp\?personID=2&dt=/);
+    await clickAndLoad(page.locator('table.menu a', { hasText: '添加' }));
+    assert.equal(await page.inputValue('input[name=planStartTime]'), day);  // the clicked day
+    await page.selectOption('select[name=planAddrTypeID]', { label: '外地' });
+    await page.selectOption('select[name=planAddrID]', { label: '广州' });
+    await page.selectOption('select[name=planTypeID]', { label: '拜访' });
+    await page.selectOption('select[name=planFlagID]', { label: '公开' });
+    await page.fill('input[name=planContent]', '测试计划');
+    await shot('09-manage');
+    await clickAndLoad(page.locator('input[type=submit]'));
+    assert.ok((await page.content()).includes('插入成功'));
+    assert.equal(sql("select personID||'|'||planStartTime||'|'||planEndTime||'|'||planAddrID||'|'||planFlagID " +
+                     "from personPlan where planContent='测试计划'"), `2|${day}|${day}|6|1`);
+    await page.goto(base + '/scheduler/personMonth.asp?personID=2');
+    assert.ok((await page.locator(`td[onclick*="manage('${day}')"]`).innerText()).includes('外地:广州'));
+  });
+
   await t.test("saves a group's menu rights and members", async () => {
     await page.goto(base + '/permission/permissionset.asp?id=3');
     await page.selectOption('#allMenus', ['221']);
     await page.click('#addRight');
     const held = await page.locator('#groupMenus option').evaluateAll((o) => o.map((x) => x.value));
     assert.ok(held.includes('221') && held.includes('22'), held.join(','));
-    await shot('09-rights');
+    await shot('10-rights');
     await clickAndLoad(page.locator('#saveRights'));
     assert.ok((await page.locator('.message').innerText()).includes('权限修改成功'));
     const saved = sql('select accessMenuID from accessMenu where accessGroupID=3 order by accessMenuID').split('\n');
     assert.deepEqual(saved.map(Number), held.map(Number).sort((a, b) => a - b));
+
+    await page.goto(base + '/permission/permission.asp');
+    const groups = Number(sql('select count(*) from AccessGroup where systemID=1'));
+    assert.equal(await page.locator('#groups tr').count(), groups + 1);
+    await page.fill('form.add input[name=name]', '测试组');
+    await clickAndLoad(page.locator('form.add input[type=submit]'));
+    assert.equal(sql("select systemID from AccessGroup where accessGroupName='测试组'"), '1');
+    assert.equal(await page.locator('#groups tr').count(), groups + 2);
+    await shot('11-groups');
 
     await page.goto(base + '/permission/permissionMan.asp?id=2');
     await page.check('input[name=checkbox][value="12"]');
@@ -279,6 +310,6 @@ test('demo site', async (t) => {
     assert.equal(sql('select fileName||"|"||fileSize||"|"||remark from upload'), `测试文件.txt|${fs.statSync(file).size}|季度报告`);
     const stored = path.join(drives, 'd', 'up', '测试文件.txt');
     assert.equal(fs.readFileSync(stored, 'utf8'), 'hello 上传\n');
-    await shot('10-upload');
+    await shot('12-upload');
   });
 });
