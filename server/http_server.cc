@@ -157,7 +157,8 @@ struct HttpServer::Impl {
       return;
     }
     if (req.method != "GET" && req.method != "HEAD") {
-      res.status = req.path.empty() ? 404 : 405;
+      // Static files are only read; a missing one is missing whatever the method.
+      res.status = files.Resolve(req.path) ? 405 : 404;
       if (res.status == 405) res.set_header("Allow", "GET, HEAD");
       return;
     }

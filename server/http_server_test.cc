@@ -184,6 +184,7 @@ TEST_F(HttpServerTest, StaticFilesCaseInsensitiveWithValidators) {
   EXPECT_EQ(c.Get("/images/missing.gif")->status, 404);
   EXPECT_EQ(c.Get("/images/%2e%2e/%2e%2e/etc/passwd")->status, 404);
   EXPECT_EQ(c.Post("/images/edit.gif", "x", "text/plain")->status, 405);
+  EXPECT_EQ(c.Post("/images/none.gif", "x", "text/plain")->status, 404);
 }
 
 TEST_F(HttpServerTest, AnErrorOfAPageGivesTheErrorPage) {
