@@ -5,6 +5,7 @@
 #include "corvane/ado.h"
 #include "corvane/error.h"
 #include "corvane/text.h"
+#include "dna/dna.h"
 #include "registration/asp_http.h"
 #include "registration/type_library.h"
 
@@ -13,6 +14,7 @@ namespace corvane {
 const std::vector<const ClassInfo*>& RegisteredClasses() {
   static const std::vector<const ClassInfo*> classes = {
       &AspHttpClass(),
+      &DNAClass(),
       &ado::ConnectionClass(),
       &ado::RecordsetClass(),
   };
