@@ -48,7 +48,9 @@ Variant DNA::SelectForm(const Variant& StrCodeSQL, const Variant& selectedID) {
     Variant code = rs->Field(1);
     out += "<option value='" + code.Text() + "'";
     if (Equals(selectedID, code)) out += " selected ";
-    out += ">" + rs->Field(0).Text() + "</option>";
+    out += ">";
+    out += rs->Field(0).Text();
+    out += "</option>";
     rs->MoveNext();
   }
   rs->Close();

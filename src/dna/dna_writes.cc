@@ -40,7 +40,10 @@ Variant DNA::Insert() {
   for (int32_t i = 0; i <= aEnglish.UBound(); ++i) {
     if (IsKeyField(i) || !IsGiven(aValue[i])) continue;
     cols += aEnglish[i] + ",";
-    vals += IsIntegerType(aFieldType[i]) ? aValue[i].Text() + "," : "'" + aValue[i].Text() + "',";
+    const bool quoted = !IsIntegerType(aFieldType[i]);
+    if (quoted) vals += "'";
+    vals += aValue[i].Text();
+    vals += quoted ? "'," : ",";
   }
   if (cols.empty()) {
     Out().Write("输入为空");
