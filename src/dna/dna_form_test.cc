@@ -145,9 +145,12 @@ TEST_F(RecordForm, EvenFieldCountHasNoFillerAndTwoDatesNumberTheirCalendars) {
   EXPECT_EQ(out.find("Calendar.js"), out.rfind("Calendar.js"));
 }
 
-TEST_F(RecordForm, TextFieldsNeverTakeTheSessionDate) {
-  std::string out = Form("action=insert", "insert");
-  EXPECT_NE(out.find(TextInput("name", "")), std::string::npos);
+TEST_F(RecordForm, ValuesAreWrittenWithoutEscaping) {
+  db.Run({"insert into staff values(6,'O''Brien <b>',1,100,null)"});
+  std::string out = Form("action=update&id=6", "update");
+  EXPECT_NE(out.find(TextInput("name", "O'Brien <b>")), std::string::npos);
+  // A Null date is not an empty one: it stays Null and is written as nothing.
+  EXPECT_NE(out.find(DateInput(1, "hired", "")), std::string::npos);
 }
 
 TEST_F(RecordForm, CodeFieldWithoutAnyFilterFindsNoFixedTerms) {
