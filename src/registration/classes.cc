@@ -6,6 +6,7 @@
 #include "corvane/error.h"
 #include "corvane/text.h"
 #include "dna/dna.h"
+#include "permission/permission.h"
 #include "registration/asp_http.h"
 #include "registration/type_library.h"
 
@@ -15,6 +16,7 @@ const std::vector<const ClassInfo*>& RegisteredClasses() {
   static const std::vector<const ClassInfo*> classes = {
       &AspHttpClass(),
       &DNAClass(),
+      &PermissionClass(),
       &ado::ConnectionClass(),
       &ado::RecordsetClass(),
   };
