@@ -7,6 +7,7 @@
 #include "corvane/text.h"
 #include "registration/asp_http.h"
 #include "registration/type_library.h"
+#include "scheduler/scheduler.h"
 
 namespace corvane {
 
@@ -15,6 +16,7 @@ const std::vector<const ClassInfo*>& RegisteredClasses() {
       &AspHttpClass(),
       &ado::ConnectionClass(),
       &ado::RecordsetClass(),
+      &SchedulerClass(),
   };
   return classes;
 }
