@@ -12,6 +12,9 @@
 // - The locale's date text is "yyyy-mm-dd", with " hh:mm:ss" (24-hour, zero-padded) appended when the
 //   time is not midnight; such texts sort and compare as dates in every database we use. Parsing
 //   accepts that form and "yyyy/m/d[ h:mm[:ss]]" (also with "-"), nothing else.
+// - Calendar fields (Year ... Second, Weekday, DateOnly, DateText) round the time to the nearest
+//   second first, so they always agree: 23:59:59.7 is the next day's midnight for all of them.
+// - Years are taken as given (DateSerial(26, 1, 1) is the year 26); a non-finite serial raises 5.
 // - Timer is seconds since midnight of the clock's local time; the clock can be fixed by tests.
 #pragma once
 
@@ -25,6 +28,9 @@ namespace corvane {
 
 double DateSerial(int year, int month, int day);
 double TimeSerial(int hour, int minute, int second);
+// A date and a time of day in one serial. Use it rather than DateSerial + TimeSerial, which adds the
+// time the wrong way for days before 1899-12-30 (their fraction counts forward from a negative day).
+double DateTimeSerial(int year, int month, int day, int hour, int minute, int second);
 double AddDays(double date, double days);
 double AddMonths(double date, int months);
 int Year(double date);

@@ -5,6 +5,10 @@
 // that would leave its drive folder (through "..") raises 76 (path not found). A relative path
 // resolves against the process's working folder and may not climb above it either. The setting is
 // read on every call, so a test or a host may change it.
+//
+// The mapped path is absolute ("d:" and "d:\" are the drive folder itself). A path that ends in a
+// separator keeps a trailing "/", so that it still names a folder. A rooted path without a drive
+// ("/etc/passwd", "\up") names no drive and raises 76; a ":" other than the drive's raises 52.
 #pragma once
 
 #include <string>

@@ -3,6 +3,7 @@
 // Positions and lengths count UTF-16 code units, as the original platform did: a Chinese character is
 // 1, a character outside the Basic Multilingual Plane is 2. Positions start at 1. Comparisons are
 // binary (case-sensitive) unless a function says otherwise. Invalid UTF-8 bytes count as one unit each.
+// Where Mid, Left or Right cut a character above U+FFFF in half, the half kept is given as U+FFFD.
 #pragma once
 
 #include <cstdint>
@@ -23,6 +24,7 @@ int32_t InStr(int32_t start, std::string_view s, std::string_view find);
 int32_t InStr(std::string_view s, std::string_view find);
 // Case-insensitive (ASCII letters) variant, as InStr(..., vbTextCompare).
 int32_t InStrText(std::string_view s, std::string_view find);
+int32_t InStrText(int32_t start, std::string_view s, std::string_view find);
 std::string Trim(std::string_view s);   // blanks (U+0020) only
 std::string LTrim(std::string_view s);
 std::string RTrim(std::string_view s);

@@ -61,7 +61,7 @@ T RoundToInt(double d) {
 }  // namespace
 
 Variant Variant::Date(int year, int month, int day, int hour, int minute, int second) {
-  return FromDate(DateSerial(year, month, day) + TimeSerial(hour, minute, second));
+  return FromDate(DateTimeSerial(year, month, day, hour, minute, second));
 }
 
 VarType Variant::Type() const {
