@@ -18,7 +18,10 @@
 //   DATETIME, DATE, TIMESTAMP, SMALLDATETIME -> 135 adDBTimeStamp (Date values)
 //   CHAR, NCHAR -> 130 adWChar; TEXT, NTEXT, CLOB -> 203 adLongVarWChar
 //   BLOB, IMAGE, VARBINARY -> 205 adLongVarBinary (byte arrays)
-//   VARCHAR, NVARCHAR, anything else or no declared type -> 202 adVarWChar
+//   VARCHAR, NVARCHAR, anything else -> 202 adVarWChar
+// A column without a declared type (an expression) takes the type of the value it holds in the
+// current row: 3 and a Long for integers that fit, 5 and a Double for other numbers, 205 for bytes,
+// 202 and text otherwise (also at EOF). A DATETIME text that is not a date stays text.
 // A NULL value is a Null Variant whatever the type.
 #pragma once
 
@@ -64,7 +67,8 @@ class Connection : public Dispatch {
   void Close();
   bool IsOpen() const;
   const std::string& ConnectionString() const;
-  // Runs one statement that returns no rows; answers the number of rows it changed.
+  // Runs one statement that returns no rows; answers the number of rows it changed (0 for a
+  // statement that changes none). On a closed connection raises 3709.
   int32_t Execute(std::string_view sql, int options = -1);
 
   detail::ConnectionImpl* impl() const { return impl_.get(); }
@@ -115,6 +119,8 @@ class Recordset : public Dispatch {
   int32_t PageCount() const;
   int32_t RecordCount() const;
 
+  detail::RecordsetImpl* impl() const { return impl_.get(); }
+
  private:
   std::unique_ptr<detail::RecordsetImpl> impl_;
 };
@@ -124,13 +130,21 @@ class Field : public Dispatch {
  public:
   Field(std::string name, int type, Variant value)
       : name_(std::move(name)), type_(type), value_(std::move(value)) {}
+  // A field read while the recordset has no current record (at EOF): Name and Type answer, Value
+  // raises 3021.
+  static std::shared_ptr<Field> WithoutRecord(std::string name, int type);
   const ClassInfo& Info() const override;
   Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
+
+  const std::string& Name() const { return name_; }
+  int Type() const { return type_; }
+  Variant Value() const;  // raises 3021 for a field without a record
 
  private:
   std::string name_;
   int type_;
   Variant value_;
+  bool hasRecord_ = true;
 };
 
 const ClassInfo& ConnectionClass();

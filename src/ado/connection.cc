@@ -1,0 +1,37 @@
+// Connection: a session of the driver its string names, kept while open.
+#include "ado/ado_errors.h"
+#include "ado/connection_impl.h"
+#include "corvane/ado.h"
+
+namespace corvane::ado {
+
+Connection::Connection() : impl_(std::make_shared<detail::ConnectionImpl>()) {}
+
+Connection::~Connection() = default;
+
+void Connection::Open(const std::string& connectionString, const std::string& userID,
+                      const std::string& password, int options) {
+  if (IsOpen()) throw detail::ObjectIsOpen();
+  connectionString_ = connectionString;
+  impl_->session = detail::Connect(connectionString);
+}
+
+void Connection::Close() {
+  if (!IsOpen()) throw Error::ObjectClosed();
+  // Recordsets opened on this connection keep the session (and its handle) until they close; the
+  // handle goes back to the pool when the last of them lets go.
+  impl_->session.reset();
+}
+
+bool Connection::IsOpen() const { return impl_->session != nullptr; }
+
+const std::string& Connection::ConnectionString() const { return connectionString_; }
+
+int32_t Connection::Execute(std::string_view sql, int options) {
+  if (!IsOpen()) throw detail::ConnectionUnusable();
+  detail::Session& session = *impl_->session;
+  int64_t changed = session.Prepare(session.Adapt(sql))->Run();
+  return changed > INT32_MAX ? INT32_MAX : static_cast<int32_t>(changed);
+}
+
+}  // namespace corvane::ado

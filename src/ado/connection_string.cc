@@ -1,0 +1,75 @@
+#include "ado/connection_string.h"
+
+namespace corvane::ado::detail {
+
+namespace {
+
+std::string_view TrimBlanks(std::string_view s) {
+  while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
+  while (!s.empty() && (s.back() == ' ' || s.back() == '\t')) s.remove_suffix(1);
+  return s;
+}
+
+std::string Lower(std::string_view s) {
+  std::string out(s);
+  for (char& c : out)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return out;
+}
+
+}  // namespace
+
+ConnectionString ConnectionString::Parse(std::string_view text) {
+  ConnectionString result;
+  if (text.find('=') == std::string_view::npos) {
+    result.barePath_ = std::string(TrimBlanks(text));
+    return result;
+  }
+  size_t i = 0;
+  while (i < text.size()) {
+    size_t eq = text.find('=', i), semi = text.find(';', i);
+    if (eq == std::string_view::npos || (semi != std::string_view::npos && semi < eq)) {
+      // A part without "=" carries no setting.
+      if (semi == std::string_view::npos) break;
+      i = semi + 1;
+      continue;
+    }
+    std::string key = Lower(TrimBlanks(text.substr(i, eq - i)));
+    size_t j = eq + 1;
+    while (j < text.size() && (text[j] == ' ' || text[j] == '\t')) ++j;
+    std::string value;
+    if (j < text.size() && (text[j] == '"' || text[j] == '\'')) {
+      char quote = text[j++];
+      for (; j < text.size(); ++j) {
+        if (text[j] == quote) {
+          if (j + 1 < text.size() && text[j + 1] == quote) {
+            value += quote;
+            ++j;
+            continue;
+          }
+          ++j;
+          break;
+        }
+        value += text[j];
+      }
+      size_t end = text.find(';', j);
+      i = end == std::string_view::npos ? text.size() : end + 1;
+    } else {
+      size_t end = text.find(';', j);
+      if (end == std::string_view::npos) end = text.size();
+      value = std::string(TrimBlanks(text.substr(j, end - j)));
+      i = end + 1;
+    }
+    if (!key.empty()) result.entries_.emplace_back(std::move(key), std::move(value));
+  }
+  return result;
+}
+
+std::optional<std::string> ConnectionString::Get(std::string_view key) const {
+  std::string wanted = Lower(key);
+  for (auto it = entries_.rbegin(); it != entries_.rend(); ++it)
+    if (it->first == wanted) return it->second;
+  return std::nullopt;
+}
+
+}  // namespace corvane::ado::detail

@@ -1,0 +1,67 @@
+// The seam between the ADO objects and a database engine.
+//
+// A Driver turns a connection string it accepts into a Session: one open database handle, used by
+// one Connection (and the recordsets opened on it) at a time, and given back to the driver's pool
+// when the last of them lets go. A Session prepares one statement at a time into a Cursor that steps
+// lazily. Each driver owns its SQL dialect: the components' text goes through Adapt before Prepare,
+// and the recordset asks the session for its count and paging texts.
+//
+// SQLite is the only driver so far; an ODBC driver plugs in beside it (see drivers.cc).
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "corvane/variant.h"
+
+namespace corvane::ado::detail {
+
+class ConnectionString;
+
+// One prepared statement. It keeps its session alive.
+class Cursor {
+ public:
+  virtual ~Cursor() = default;
+  virtual int ColumnCount() const = 0;
+  virtual const std::string& ColumnName(int column) const = 0;
+  // The ADO type code of the column: the declared type's, or when nothing is declared, that of the
+  // current row's value (adVarWChar when there is no row).
+  virtual int ColumnType(int column) const = 0;
+  // Moves to the next row (the first call to the first row); false at the end. A database error
+  // raises Error::Database.
+  virtual bool Step() = 0;
+  // A value of the current row; only after Step answered true.
+  virtual Variant Value(int column) const = 0;
+  // Runs the statement to its end and answers the number of rows it changed (0 for statements that
+  // change no rows, queries included).
+  virtual int64_t Run() = 0;
+};
+
+class Session {
+ public:
+  virtual ~Session() = default;
+  // The components' SQL in this database's dialect.
+  virtual std::string Adapt(std::string_view sql) const = 0;
+  // A query that counts the rows of `adapted`, and one that gives its rows from a 0-based offset on.
+  virtual std::string CountQuery(std::string_view adapted) const = 0;
+  virtual std::string OffsetQuery(std::string_view adapted, int64_t offset) const = 0;
+  // Prepares `adapted` (one statement). Raises Error::Database with the database's message when it is
+  // rejected, and when more than one statement is given; nothing runs then.
+  virtual std::unique_ptr<Cursor> Prepare(const std::string& adapted) = 0;
+};
+
+class Driver {
+ public:
+  virtual ~Driver() = default;
+  virtual bool Accepts(const ConnectionString& cs) const = 0;
+  // A session from the pool of this connection's database. Raises when the database cannot be opened.
+  virtual std::shared_ptr<Session> Connect(const ConnectionString& cs) const = 0;
+};
+
+// A session for `connectionString` from the first driver that accepts it. Raises 3706 when no driver
+// does.
+std::shared_ptr<Session> Connect(std::string_view connectionString);
+
+}  // namespace corvane::ado::detail

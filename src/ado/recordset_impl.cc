@@ -1,0 +1,85 @@
+#include "ado/recordset_impl.h"
+
+#include "ado/ado_errors.h"
+#include "corvane/text.h"
+
+namespace corvane::ado::detail {
+
+void RecordsetImpl::Start(std::shared_ptr<Session> s, std::string sql, std::unique_ptr<Cursor> c) {
+  if (c->ColumnCount() == 0) {
+    c->Run();
+    return;
+  }
+  Reset();
+  int n = c->ColumnCount();
+  names.reserve(n);
+  for (int i = 0; i < n; ++i) {
+    names.push_back(c->ColumnName(i));
+    columnByName.try_emplace(LCase(names.back()), i);
+  }
+  session = std::move(s);
+  adapted = std::move(sql);
+  cursor = std::move(c);
+  position = 0;
+  try {
+    eof = !cursor->Step();
+  } catch (...) {
+    Reset();
+    throw;
+  }
+}
+
+void RecordsetImpl::Restart(const std::string& sql, int64_t offset) {
+  // The old statement goes back to the cache first, so running the same text again reuses it.
+  cursor.reset();
+  eof = true;
+  position = offset;
+  cursor = session->Prepare(sql);
+  eof = !cursor->Step();
+}
+
+void RecordsetImpl::Step() {
+  eof = !cursor->Step();
+  ++position;
+}
+
+void RecordsetImpl::Reset() {
+  cursor.reset();
+  session.reset();
+  adapted.clear();
+  names.clear();
+  columnByName.clear();
+  eof = true;
+  position = 0;
+  count.reset();
+}
+
+void RecordsetImpl::RequireOpen() const {
+  if (!session) throw Error::ObjectClosed();
+}
+
+void RecordsetImpl::RequireRecord() const {
+  if (eof) throw Error::NoCurrentRecord();
+}
+
+int RecordsetImpl::ColumnOf(std::string_view name) const {
+  auto it = columnByName.find(LCase(name));
+  if (it == columnByName.end()) throw Error::ItemNotFound(std::string(name));
+  return it->second;
+}
+
+int RecordsetImpl::ColumnOf(int index) const {
+  if (index < 0 || index >= static_cast<int>(names.size()))
+    throw Error::ItemNotFound(std::to_string(index));
+  return index;
+}
+
+int64_t RecordsetImpl::Count() {
+  if (!count) {
+    std::unique_ptr<Cursor> counter = session->Prepare(session->CountQuery(adapted));
+    count = counter->Step() ? static_cast<int64_t>(counter->Value(0).ToDouble()) : 0;
+  }
+  return *count;
+}
+
+}  // namespace corvane::ado::detail

@@ -1,0 +1,49 @@
+// The state of an open Recordset.
+//
+// The recordset never holds its rows: `cursor` sits on the current row of a statement, and moving on
+// is one step of it. Positioning on a page prepares the statement again with an offset, so the rows
+// before the page are skipped by the database, not read. `position` is the 0-based number of the
+// current row in the whole result; it gives AbsolutePage. The count behind RecordCount and PageCount
+// is asked of the database once, when first needed.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "ado/driver.h"
+
+namespace corvane::ado::detail {
+
+class RecordsetImpl {
+ public:
+  // Takes a prepared statement of `session` and moves to its first row. A statement without columns
+  // (an insert given to Open) is run, and the recordset stays closed, as ADO leaves it.
+  void Start(std::shared_ptr<Session> session, std::string adapted, std::unique_ptr<Cursor> cursor);
+  // Runs `sql` (adapted) again from row `offset` on and stands on its first row.
+  void Restart(const std::string& sql, int64_t offset);
+  void Step();
+  void Reset();  // back to closed
+
+  void RequireOpen() const;   // 3704 when closed
+  void RequireRecord() const;  // 3021 at EOF
+  int ColumnOf(std::string_view name) const;  // 3265 when unknown
+  int ColumnOf(int index) const;              // 3265 when out of range
+  int64_t Count();
+
+  std::shared_ptr<Session> session;  // null while closed
+  std::string adapted;
+  std::unique_ptr<Cursor> cursor;
+  std::vector<std::string> names;
+  std::unordered_map<std::string, int> columnByName;  // lower-cased names; the first of equal ones
+  bool eof = true;
+  int64_t position = 0;
+  int32_t pageSize = 10;
+  std::optional<int64_t> count;
+};
+
+}  // namespace corvane::ado::detail

@@ -1,0 +1,81 @@
+#include "ado/sqlite/sqlite_driver.h"
+
+#include "ado/connection_string.h"
+#include "ado/sqlite/sqlite_cursor.h"
+#include "ado/sqlite_dialect.h"
+#include "corvane/error.h"
+
+namespace corvane::ado::detail {
+
+namespace {
+
+bool EndsWithNoCase(std::string_view s, std::string_view suffix) {
+  if (s.size() < suffix.size()) return false;
+  for (size_t i = 0; i < suffix.size(); ++i) {
+    char c = s[s.size() - suffix.size() + i];
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    if (c != suffix[i]) return false;
+  }
+  return true;
+}
+
+bool IsSqliteProvider(const ConnectionString& cs) {
+  std::optional<std::string> provider = cs.Get("provider");
+  if (!provider) return false;
+  std::string p = *provider;
+  for (char& c : p)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return p == "sqlite" || p == "sqlite3";
+}
+
+bool IsSqlitePath(std::string_view path) {
+  return EndsWithNoCase(path, ".db") || EndsWithNoCase(path, ".sqlite") ||
+         EndsWithNoCase(path, ".sqlite3");
+}
+
+class Sqlite final : public Driver {
+ public:
+  bool Accepts(const ConnectionString& cs) const override {
+    return IsSqliteProvider(cs) || IsSqlitePath(cs.BarePath());
+  }
+
+  std::shared_ptr<Session> Connect(const ConnectionString& cs) const override {
+    std::string path = cs.BarePath();
+    if (path.empty()) {
+      std::optional<std::string> source = cs.Get("data source");
+      if (!source) source = cs.Get("datasource");
+      if (!source || source->empty())
+        throw Error::Database("The connection string names no Data Source for the SQLite provider.");
+      path = *source;
+    }
+    std::shared_ptr<SqlitePool> pool = SqlitePool::For(path);
+    std::unique_ptr<SqliteHandle> handle = pool->Take();
+    return std::make_shared<SqliteSession>(std::move(pool), std::move(handle));
+  }
+};
+
+}  // namespace
+
+SqliteSession::~SqliteSession() { pool_->Give(std::move(handle_)); }
+
+std::string SqliteSession::Adapt(std::string_view sql) const { return AdaptForSqlite(sql); }
+
+std::string SqliteSession::CountQuery(std::string_view adapted) const {
+  return SqliteCountQuery(adapted);
+}
+
+std::string SqliteSession::OffsetQuery(std::string_view adapted, int64_t offset) const {
+  return SqliteOffsetQuery(adapted, offset);
+}
+
+std::unique_ptr<Cursor> SqliteSession::Prepare(const std::string& adapted) {
+  sqlite3_stmt* stmt = handle_->Acquire(adapted);
+  return std::make_unique<SqliteCursor>(shared_from_this(), adapted, stmt);
+}
+
+const Driver& SqliteDriver() {
+  static const Sqlite driver;
+  return driver;
+}
+
+}  // namespace corvane::ado::detail

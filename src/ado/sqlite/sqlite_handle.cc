@@ -1,0 +1,102 @@
+#include "ado/sqlite/sqlite_handle.h"
+
+#include "corvane/error.h"
+
+namespace corvane::ado::detail {
+
+namespace {
+
+bool IsBlankOrSemicolon(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' || c == '\v' || c == ';';
+}
+
+// True when `text` holds no statement: only blanks, semicolons and comments.
+bool HoldsNoStatement(sqlite3* db, const char* text, const char* end) {
+  while (true) {
+    while (text < end && IsBlankOrSemicolon(*text)) ++text;
+    if (text == end) return true;
+    sqlite3_stmt* stmt = nullptr;
+    const char* tail = nullptr;
+    int rc = sqlite3_prepare_v2(db, text, static_cast<int>(end - text), &stmt, &tail);
+    if (stmt) sqlite3_finalize(stmt);
+    if (rc != SQLITE_OK || stmt) return false;
+    if (tail == text) return true;
+    text = tail;
+  }
+}
+
+}  // namespace
+
+std::unique_ptr<SqliteHandle> SqliteHandle::Open(const std::string& path) {
+  sqlite3* db = nullptr;
+  int rc = sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+  if (rc == SQLITE_OK) {
+    sqlite3_busy_timeout(db, kBusyTimeoutMs);
+    sqlite3_extended_result_codes(db, 0);
+    // Also the first read of the file: a file that is not a database fails here, at Open.
+    rc = sqlite3_exec(db, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
+  }
+  if (rc != SQLITE_OK) {
+    std::string message = db ? sqlite3_errmsg(db) : sqlite3_errstr(rc);
+    sqlite3_close_v2(db);
+    throw Error::Database(message);
+  }
+  return std::unique_ptr<SqliteHandle>(new SqliteHandle(db));
+}
+
+SqliteHandle::~SqliteHandle() {
+  for (Entry& e : idle_) sqlite3_finalize(e.second);
+  sqlite3_close_v2(db_);
+}
+
+sqlite3_stmt* SqliteHandle::Prepare(const std::string& sql) {
+  sqlite3_stmt* stmt = nullptr;
+  const char* tail = nullptr;
+  const char* end = sql.data() + sql.size();
+  int rc = sqlite3_prepare_v3(db_, sql.data(), static_cast<int>(sql.size()), SQLITE_PREPARE_PERSISTENT,
+                              &stmt, &tail);
+  if (rc != SQLITE_OK) throw Error::Database(sqlite3_errmsg(db_));
+  if (!stmt) throw Error::Database("Command text was not set for the command object.");
+  if (!HoldsNoStatement(db_, tail, end)) {
+    sqlite3_finalize(stmt);
+    throw Error::Database("The command text holds more than one statement; only one statement can be "
+                          "run per call.");
+  }
+  return stmt;
+}
+
+sqlite3_stmt* SqliteHandle::Acquire(const std::string& sql) {
+  auto found = index_.find(sql);
+  if (found == index_.end()) return Prepare(sql);
+  auto entry = found->second;
+  sqlite3_stmt* stmt = entry->second;
+  index_.erase(found);
+  idle_.erase(entry);
+  return stmt;
+}
+
+void SqliteHandle::Release(const std::string& sql, sqlite3_stmt* stmt) {
+  sqlite3_reset(stmt);
+  idle_.emplace_front(sql, stmt);
+  index_.emplace(sql, idle_.begin());
+  if (idle_.size() <= kCacheSize) return;
+  auto oldest = std::prev(idle_.end());
+  auto range = index_.equal_range(oldest->first);
+  for (auto it = range.first; it != range.second; ++it) {
+    if (it->second == oldest) {
+      index_.erase(it);
+      break;
+    }
+  }
+  sqlite3_finalize(oldest->second);
+  idle_.erase(oldest);
+}
+
+bool SqliteHandle::ResetForReuse() {
+  for (sqlite3_stmt* s = sqlite3_next_stmt(db_, nullptr); s; s = sqlite3_next_stmt(db_, s))
+    sqlite3_reset(s);
+  if (!sqlite3_get_autocommit(db_)) sqlite3_exec(db_, "ROLLBACK", nullptr, nullptr, nullptr);
+  return sqlite3_get_autocommit(db_) != 0;
+}
+
+}  // namespace corvane::ado::detail

@@ -1,0 +1,56 @@
+// One SQLite database handle with its cache of prepared statements.
+//
+// The cache is keyed by the adapted SQL text. A statement is lent out by Acquire and comes back by
+// Release; while it is out, an Acquire of the same text prepares another one, so two recordsets may
+// run the same query side by side. Idle statements beyond kCacheSize are finalized, least recently
+// used first. A handle is used by one thread at a time (the pool hands it to one session).
+#pragma once
+
+#include <sqlite3.h>
+
+#include <list>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <utility>
+
+namespace corvane::ado::detail {
+
+class SqliteHandle {
+ public:
+  static constexpr size_t kCacheSize = 64;
+  static constexpr int kBusyTimeoutMs = 5000;
+
+  // Opens (creating when absent) the database file in WAL mode with the busy timeout. Raises
+  // Error::Database when the file cannot be opened or is not a database.
+  static std::unique_ptr<SqliteHandle> Open(const std::string& path);
+  ~SqliteHandle();
+  SqliteHandle(const SqliteHandle&) = delete;
+  SqliteHandle& operator=(const SqliteHandle&) = delete;
+
+  sqlite3* db() const { return db_; }
+
+  // A prepared statement of `sql`. Raises Error::Database with SQLite's message when the statement is
+  // rejected, when the text holds no statement, or when anything but blanks, semicolons and comments
+  // follows the first statement.
+  sqlite3_stmt* Acquire(const std::string& sql);
+  // Takes back a statement from Acquire: reset and kept for the next Acquire of the same text.
+  void Release(const std::string& sql, sqlite3_stmt* stmt);
+
+  // Makes the handle fit for its next user: every statement reset, no transaction open. False when
+  // that could not be done; such a handle should be closed.
+  bool ResetForReuse();
+
+  size_t CachedStatements() const { return idle_.size(); }
+
+ private:
+  explicit SqliteHandle(sqlite3* db) : db_(db) {}
+  sqlite3_stmt* Prepare(const std::string& sql);
+
+  using Entry = std::pair<std::string, sqlite3_stmt*>;
+  sqlite3* db_;
+  std::list<Entry> idle_;  // most recently used first
+  std::unordered_multimap<std::string, std::list<Entry>::iterator> index_;
+};
+
+}  // namespace corvane::ado::detail

@@ -1,0 +1,49 @@
+#include "ado/sqlite/sqlite_pool.h"
+
+#include <filesystem>
+#include <unordered_map>
+
+namespace corvane::ado::detail {
+
+std::shared_ptr<SqlitePool> SqlitePool::For(const std::string& path) {
+  static std::mutex mu;
+  static std::unordered_map<std::string, std::shared_ptr<SqlitePool>> pools;
+  std::error_code ec;
+  std::filesystem::path absolute = std::filesystem::absolute(path, ec);
+  std::string key = ec ? path : absolute.lexically_normal().string();
+  std::lock_guard lock(mu);
+  std::shared_ptr<SqlitePool>& pool = pools[key];
+  if (!pool) pool = std::make_shared<SqlitePool>(key);
+  return pool;
+}
+
+std::unique_ptr<SqliteHandle> SqlitePool::Take() {
+  {
+    std::lock_guard lock(mu_);
+    if (!idle_.empty()) {
+      std::unique_ptr<SqliteHandle> handle = std::move(idle_.back());
+      idle_.pop_back();
+      return handle;
+    }
+  }
+  return SqliteHandle::Open(path_);
+}
+
+void SqlitePool::Give(std::unique_ptr<SqliteHandle> handle) {
+  if (!handle || !handle->ResetForReuse()) return;
+  {
+    std::lock_guard lock(mu_);
+    if (idle_.size() < kMaxIdle) {
+      idle_.push_back(std::move(handle));
+      return;
+    }
+  }
+  handle.reset();  // closed outside the lock
+}
+
+size_t SqlitePool::IdleCount() const {
+  std::lock_guard lock(mu_);
+  return idle_.size();
+}
+
+}  // namespace corvane::ado::detail
