@@ -73,6 +73,13 @@ TEST_F(SchedulerTest, BadConnectionStringFailsTheOpen) {
   } catch (const Error& e) {
     EXPECT_EQ(e.Number(), 94);
   }
+  // The failed open left its unopened connection in place; the close at page end tries to close it.
+  try {
+    page->End();
+    ADD_FAILURE();
+  } catch (const Error& e) {
+    EXPECT_EQ(e.Number(), 3704);
+  }
 }
 
 TEST_F(SchedulerTest, LateBoundCallsReachEveryMember) {
