@@ -63,7 +63,8 @@ class Connection : public Dispatch {
   // unreachable database. Opening an open connection raises 3705.
   void Open(const std::string& connectionString, const std::string& userID = "",
             const std::string& password = "", int options = -1);
-  // Closes and returns the handle to the pool. Closing a closed connection raises 3704.
+  // Closes and returns the handle to the pool. Closing a closed connection raises 3704. A recordset
+  // still open on the connection keeps the handle (and stays readable) until it closes itself.
   void Close();
   bool IsOpen() const;
   const std::string& ConnectionString() const;
@@ -87,7 +88,11 @@ class Recordset : public Dispatch {
 
   // Opens on a select statement. `activeConnection` is an open Connection (an Object Variant) or a
   // connection string (a pooled connection is opened for the recordset's life). Cursor types 1 and
-  // 3 (and -1, 0) are accepted; all read the same way.
+  // 3 (and -1, 0, 2) are accepted and all read the same way; others raise 3001. Opening an open
+  // recordset raises 3705; a closed connection or no connection raises 3709; a statement the
+  // database rejects raises Error::Database and leaves the recordset closed. Open reads the first row
+  // only: rows are read one by one as the recordset moves. A statement that returns no rows (an
+  // insert) is run and the recordset stays closed.
   void Open(std::string_view source, const Variant& activeConnection, int cursorType = -1,
             int lockType = -1, int options = -1);
   void Open(std::string_view source, const std::shared_ptr<Connection>& connection,
@@ -97,9 +102,9 @@ class Recordset : public Dispatch {
 
   // "EOF" is a macro of <cstdio>, hence the spelling; late-bound callers use "EOF".
   bool Eof() const;
-  bool Bof() const;
+  bool Bof() const;  // true only for an empty result: the recordset never moves before its first row
   void MoveNext();  // raises 3021 at EOF
-  void MoveFirst();
+  void MoveFirst();  // runs the query again
 
   // The current row's field, by name (case-insensitive) or by 0-based index. At EOF raises 3021; an
   // unknown name or index raises 3265.
@@ -110,8 +115,11 @@ class Recordset : public Dispatch {
   std::string FieldName(int index) const;
   int FieldCount() const;
 
-  // Paging: PageSize defaults to 10. Setting AbsolutePage moves to the first row of that page and
-  // reads only that page's rows. RecordCount and PageCount come from a count of the query.
+  // Paging: PageSize defaults to 10 (below 1 raises 3001). Setting AbsolutePage (1-based; below 1
+  // raises 3001) runs the query again from the first row of that page, so the rows of earlier pages
+  // are never read; past the last row the recordset is at EOF. AbsolutePage answers the page of the
+  // current row, -3 (adPosEOF) at EOF. RecordCount and PageCount (0 when empty) come from one count
+  // of the query, taken when first asked for and kept.
   void SetPageSize(int32_t n);
   int32_t PageSize() const;
   void SetAbsolutePage(int32_t page);

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <thread>
 
+#include "ado/sqlite/sqlite_pool.h"
 #include "ado/sqlite/sqlite_test_hook.h"
 #include "corvane/ado.h"
 #include "corvane/error.h"
@@ -204,6 +205,18 @@ TEST(ConnectionPool, AnOpenRecordsetKeepsItsHandleOutOfThePool) {
   Connection after;
   after.Open(db.connectionString);
   EXPECT_EQ(detail::SqliteHandleOf(after), handle);
+}
+
+TEST(ConnectionPool, ARecordsetOpenedFromAStringGivesItsHandleBackOnClose) {
+  ScratchDatabase db;
+  db.Run({"create table t(a)"});
+  std::shared_ptr<detail::SqlitePool> pool = detail::SqlitePool::For(db.file.string());
+  ASSERT_EQ(pool->IdleCount(), 1u);
+  Recordset rs;
+  rs.Open("select a from t", Variant(db.connectionString));
+  EXPECT_EQ(pool->IdleCount(), 0u);
+  rs.Close();
+  EXPECT_EQ(pool->IdleCount(), 1u);
 }
 
 TEST(ConnectionPool, ManyThreadsOpenWriteAndClose) {

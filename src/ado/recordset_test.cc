@@ -189,6 +189,14 @@ TEST_F(RecordsetTest, ARejectedQueryRaisesAndLeavesTheRecordsetClosed) {
   EXPECT_FALSE(rs.IsOpen());
 }
 
+TEST_F(RecordsetTest, AStatementWithoutRowsRunsAndLeavesTheRecordsetClosed) {
+  Recordset rs;
+  rs.Open(" delete person where personID=3", connection_);
+  EXPECT_FALSE(rs.IsOpen());
+  rs.Open("select count(*) from person", connection_);
+  EXPECT_EQ(rs.Field(0), Variant(int32_t{2}));
+}
+
 TEST_F(RecordsetTest, TwoRecordsetsOnTheSameQueryRunSideBySide) {
   Recordset a, b;
   const char* sql = "select personID from person order by personID";

@@ -29,7 +29,8 @@ int32_t Object::IdOf(std::string_view name) const {
 bool Object::Has(std::string_view name) const { return p_ && p_->Info().DispIdOf(name) != -1; }
 
 Variant Object::Invoke(std::string_view name, Args& args) const {
-  return p_->InvokeMember(IdOf(name), InvokeKind::Method, args);
+  int32_t id = IdOf(name);  // raises 91 on Nothing before p_ is used
+  return p_->InvokeMember(id, InvokeKind::Method, args);
 }
 
 Variant Object::Invoke(std::string_view name, Args&& args) const {
@@ -49,17 +50,20 @@ Variant Object::Get(std::string_view name) const {
 }
 
 Variant Object::Get(std::string_view name, Args& args) const {
-  return p_->InvokeMember(IdOf(name), InvokeKind::PropertyGet, args);
+  int32_t id = IdOf(name);
+  return p_->InvokeMember(id, InvokeKind::PropertyGet, args);
 }
 
 void Object::Put(std::string_view name, const Variant& value) const {
+  int32_t id = IdOf(name);
   Args args{value};
-  p_->InvokeMember(IdOf(name), InvokeKind::PropertyPut, args);
+  p_->InvokeMember(id, InvokeKind::PropertyPut, args);
 }
 
 void Object::PutRef(std::string_view name, const Variant& value) const {
+  int32_t id = IdOf(name);
   Args args{value};
-  p_->InvokeMember(IdOf(name), InvokeKind::PropertyPutRef, args);
+  p_->InvokeMember(id, InvokeKind::PropertyPutRef, args);
 }
 
 }  // namespace corvane
