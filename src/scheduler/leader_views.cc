@@ -17,12 +17,18 @@ std::string scheduler::StaffQuery(const Variant& strCond) const {
          SessionValue("systemID").Text() + " and " + strCond.Text() + " order by person.dutyID ";
 }
 
+// The header, then the content rows appended to the same text (a month view of a large staff runs
+// to hundreds of kilobytes: one buffer rather than three).
 Variant scheduler::DispLeaderWeek(Variant& dtDate, Variant& strCond) {
-  return Variant(DispLeaderWeekHeader(dtDate).Text() + DispLeaderWeekContent(dtDate, strCond).Text());
+  std::string out = DispLeaderWeekHeader(dtDate).Text();
+  AppendLeaderRows(out, dtDate, strCond, &scheduler::DispPersonWeek);
+  return Variant(std::move(out));
 }
 
 Variant scheduler::DispLeaderMonth(Variant& dtDate, Variant& strCond) {
-  return Variant(DispLeaderMonthHeader(dtDate).Text() + DispLeaderMonthContent(dtDate, strCond).Text());
+  std::string out = DispLeaderMonthHeader(dtDate).Text();
+  AppendLeaderRows(out, dtDate, strCond, &scheduler::DispPersonMonth);
+  return Variant(std::move(out));
 }
 
 // The name column, then the seven days from the Monday on or before dtDate, each as "星期<name><br>"
@@ -61,26 +67,33 @@ constexpr int kPersonName = 1;
 
 // One row per person: the name, then the person's day cells from `cells` (DispPersonWeek or
 // DispPersonMonth), so the rows show public plans only.
-Variant scheduler::LeaderRows(Variant& dtDate, const Variant& strCond,
-                              Variant (scheduler::*cells)(Variant&, Variant&)) {
+void scheduler::AppendLeaderRows(std::string& out, Variant& dtDate, const Variant& strCond,
+                                 Variant (scheduler::*cells)(Variant&, Variant&)) {
   auto rs = OpenRecordset(StaffQuery(strCond));
-  std::string out;
   while (!rs->Eof()) {
     Variant id = rs->Field(kPersonID);
-    out += "<tr><td class=td2 nowrap>" + rs->Field(kPersonName).Text() + "</td>" +
-           (this->*cells)(dtDate, id).Text() + "</tr>" + std::string(kCrLf);
+    out += "<tr><td class=td2 nowrap>";
+    out += rs->Field(kPersonName).Text();
+    out += "</td>";
+    Variant row = (this->*cells)(dtDate, id);
+    out += row.StringPtr() ? *row.StringPtr() : row.Text();
+    out += "</tr>";
+    out += kCrLf;
     rs->MoveNext();
   }
   rs->Close();
-  return Variant(out);
 }
 
 Variant scheduler::DispLeaderWeekContent(Variant& dtDate, Variant& strCond) {
-  return LeaderRows(dtDate, strCond, &scheduler::DispPersonWeek);
+  std::string out;
+  AppendLeaderRows(out, dtDate, strCond, &scheduler::DispPersonWeek);
+  return Variant(std::move(out));
 }
 
 Variant scheduler::DispLeaderMonthContent(Variant& dtDate, Variant& strCond) {
-  return LeaderRows(dtDate, strCond, &scheduler::DispPersonMonth);
+  std::string out;
+  AppendLeaderRows(out, dtDate, strCond, &scheduler::DispPersonMonth);
+  return Variant(std::move(out));
 }
 
 // One "outlookbar.additem" line per person; the page's script defines the bar and the group `t`.

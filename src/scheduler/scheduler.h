@@ -94,8 +94,8 @@ class scheduler : public Dispatch {
   void ReadPlans(const Variant& pID, const Variant& S, const Variant& E, scheduling::DaySlots& slots);
   // The staff query of the leader views and the menu, and the rows of the leader views.
   std::string StaffQuery(const Variant& strCond) const;
-  Variant LeaderRows(Variant& dtDate, const Variant& strCond,
-                     Variant (scheduler::*cells)(Variant&, Variant&));
+  void AppendLeaderRows(std::string& out, Variant& dtDate, const Variant& strCond,
+                        Variant (scheduler::*cells)(Variant&, Variant&));
   Variant SessionValue(const char* key) const;
   std::shared_ptr<ado::Recordset> OpenRecordset(const std::string& sql);
 
