@@ -42,6 +42,19 @@ TEST_F(SchedulerTest, DebugModeTracesEntryOpenAndNothingBefore) {
   EXPECT_EQ(page->Writes().size(), 2u);
 }
 
+TEST_F(SchedulerTest, AFailingPageEndDoesNotSkipTheObjectsAfterIt) {
+  page = std::make_unique<host::Page>(host::PageRequest{.url = "/a.asp"}, session);
+  Object first = page->Server().CreateObject("corvane.scheduler");
+  Object second = page->Server().CreateObject("corvane.scheduler");
+  Variant conn(db.connectionString);
+  first.Invoke("DebugMode");  // its end fails on the close's trace line
+  second.Invoke("Init", {conn});
+  second.Put("strURL", Variant("second.asp"));
+  EXPECT_THROW(page->End(), Error);
+  EXPECT_EQ(session.Get("strURL").ToString(), "second.asp");
+  EXPECT_THROW(second.Invoke("GetName", {Variant(1)}), Error);  // its connection was closed
+}
+
 TEST_F(SchedulerTest, WithoutAPageThereIsNothingToTraceTo) {
   scheduler s;
   try {
