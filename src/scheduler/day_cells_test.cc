@@ -92,14 +92,6 @@ TEST_F(DayCells, WithATimeThePlansRunningAtThatMomentMatch) {
             std::string::npos);
 }
 
-TEST_F(DayCells, NoPlanGivesEmptyText) {
-  scheduler& s = Open();
-  Variant dt("2026-12-25"), id(1), nobody(9);
-  EXPECT_EQ(s.GetPersonDay(dt, id).Text(), "");
-  Variant nov3("2026-11-03");
-  EXPECT_EQ(s.GetPersonDay(nov3, nobody).Text(), "");
-}
-
 TEST_F(DayCells, TooltipMarkListsPublicPlansWithTheLastClass) {
   scheduler& s = Open();  // even the owner sees public plans only
   Variant dt("2026-11-03"), id(1);

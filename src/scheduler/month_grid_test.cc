@@ -84,15 +84,5 @@ TEST_F(MonthGrid, StartsOnTheMondayOnOrBeforeTheFirstAndEndsWithTheLastDaysWeek)
   }
 }
 
-TEST_F(MonthGrid, JanuaryLeadsWithDecemberDaysAsGreyCells) {
-  scheduler& s = Open();
-  Variant dt = Variant::Date(2026, 1, 5), id(1);
-  std::vector<std::string> lines = Lines(s.DispMonthContent(dt, id).Text());
-  ASSERT_GE(lines.size(), 2u);
-  EXPECT_EQ(lines[0], " <tr height=40>");
-  EXPECT_EQ(lines[1], kGrey + kGrey + kGrey + DayCell("2026-01-01", 1, "sch", ""));
-  EXPECT_EQ(lines.back(), " </table>");
-}
-
 }  // namespace
 }  // namespace corvane::scheduling::testing

@@ -50,29 +50,7 @@ TEST(WholeNumbers, NonNumericTextRaisesTypeMismatch) {
   }
 }
 
-TEST(MonthOf, FirstAndLastDayOfEveryMonthLength) {
-  struct { int y, m, last; } cases[] = {{2026, 1, 31}, {2024, 2, 29}, {2026, 2, 28}, {2026, 11, 30},
-                                         {2026, 12, 31}};
-  for (const auto& c : cases) {
-    MonthDays days = MonthOf(DateSerial(c.y, c.m, 15) + 0.75);
-    EXPECT_EQ(days.first, DateSerial(c.y, c.m, 1));
-    EXPECT_EQ(days.last, DateSerial(c.y, c.m, c.last));
-  }
-}
-
-TEST(DaySlots, AccumulatePerDayOfMonthAndKeepTheLastType) {
-  DaySlots slots;
-  slots.AddPlan(3, Variant(" 北京 "), Variant("海淀"), Variant(2));
-  slots.AddPlan(3, Variant::Null(), Variant("上海"), Variant(3));
-  EXPECT_EQ(slots.Text(3).Text(), "北京:海淀||:上海||");
-  EXPECT_EQ(slots.CellClass(3), "sch3");
-  EXPECT_EQ(slots.PlanText(3, "<br>"), "北京:海淀<br>:上海<br>");
-  EXPECT_EQ(slots.CellClass(4), "sch");
-  EXPECT_EQ(slots.PlanText(4, "\r\n"), "");
-  slots.AddPlan(31, Variant("a"), Variant("b"), Variant::Null());
-  EXPECT_EQ(slots.CellClass(31), "sch");
-}
-
+// Real dates never get there: the slots are keyed by day of month.
 TEST(DaySlots, AnIndexOutsideTheThirtyTwoSlotsRaisesNine) {
   DaySlots slots;
   for (int bad : {32, 40, -1}) {
