@@ -49,7 +49,8 @@ enum TypeCode : int {
 enum CursorType : int { adOpenUnspecified = -1, adOpenForwardOnly = 0, adOpenKeyset = 1,
                         adOpenDynamic = 2, adOpenStatic = 3 };
 
-// Rewrites one statement of SQL Server's dialect for SQLite (see above). Pure text work.
+// Rewrites one statement of SQL Server's dialect for SQLite (see above); refuses an empty "in ()"
+// list with SQL Server's error, as the database the components were written for does.
 std::string AdaptForSqlite(std::string_view sql);
 
 class Connection : public Dispatch {

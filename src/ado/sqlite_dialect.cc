@@ -9,11 +9,14 @@
 // named "top", "=" in a string or a where clause, "insert into", "delete from") keeps every byte. The
 // alias form is recognised only among the top-level items of the select list: an item that starts
 // with a name followed by a single "=" (never "<=", ">=", "==", "!=").
+//
+// One form is refused rather than rewritten: an empty "in ()" list, which SQL Server rejects.
 #include "ado/sqlite_dialect.h"
 
 #include <algorithm>
 
 #include "ado/sql_tokens.h"
+#include "corvane/error.h"
 
 namespace corvane::ado {
 
@@ -138,12 +141,25 @@ std::string Apply(std::string_view sql, std::vector<Edit> edits) {
   return out;
 }
 
+// SQL Server refuses "x in ()" where SQLite would answer no rows; pages rely on the refusal (a person
+// without rights must not get an empty menu silently), so it is refused here with SQL Server's words.
+void RefuseEmptyInList(std::string_view sql, const std::vector<Token>& tokens,
+                       const std::vector<size_t>& statement) {
+  for (size_t i = 0; i + 2 < statement.size(); ++i) {
+    if (IsKeyword(tokens[statement[i]], sql, "in") &&
+        tokens[statement[i + 1]].kind == TokenKind::OpenParen &&
+        tokens[statement[i + 2]].kind == TokenKind::CloseParen)
+      throw Error::Database("Incorrect syntax near ')'.");
+  }
+}
+
 }  // namespace
 
 std::string AdaptForSqlite(std::string_view sql) {
   std::vector<Token> tokens = detail::Tokenize(sql);
   std::vector<size_t> statement = detail::FirstStatement(tokens);
   if (statement.empty()) return std::string(sql);
+  RefuseEmptyInList(sql, tokens, statement);
   const Token& verb = tokens[statement[0]];
   std::vector<Edit> edits;
   bool hasTarget = statement.size() > 1 && IsName(tokens[statement[1]], sql);

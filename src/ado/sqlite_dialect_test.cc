@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "ado/sql_tokens.h"
+#include "corvane/error.h"
 
 namespace corvane::ado {
 namespace {
@@ -121,6 +122,18 @@ TEST(SqlTokens, QuotedTextsAreSingleTokensAndCoverEveryByte) {
     if (t.IsSignificant()) significant.emplace_back(t.Text(sql));
   EXPECT_EQ(significant, (std::vector<std::string>{"select", "[a]", "]", "b", "]", ",", "\"c\"\"d\"", ",",
                                                    "'e''f'", "x", "<=", "y"}));
+}
+
+TEST(AdaptForSqlite, RefusesAnEmptyInListAsSqlServerDoes) {
+  try {
+    AdaptForSqlite(" Select * from Menu where  menuFatherID is null and menuid in () and systemID  =1");
+    FAIL();
+  } catch (const Error& e) {
+    EXPECT_EQ(e.Number(), Error::kDatabaseError);
+    EXPECT_EQ(e.Description(), "Incorrect syntax near ')'.");
+  }
+  EXPECT_EQ(AdaptForSqlite("select a from t where b in (1) and c='in ()'"),
+            "select a from t where b in (1) and c='in ()'");
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "corvane/ado.h"
 #include "corvane/error.h"
 #include "corvane/text.h"
+#include "permission/permission.h"
 #include "registration/asp_http.h"
 #include "registration/type_library.h"
 #include "scheduler/scheduler.h"
@@ -14,6 +15,7 @@ namespace corvane {
 const std::vector<const ClassInfo*>& RegisteredClasses() {
   static const std::vector<const ClassInfo*> classes = {
       &AspHttpClass(),
+      &PermissionClass(),
       &ado::ConnectionClass(),
       &ado::RecordsetClass(),
       &SchedulerClass(),
