@@ -9,6 +9,7 @@
 #include "permission/permission.h"
 #include "registration/asp_http.h"
 #include "registration/type_library.h"
+#include "scheduler/scheduler.h"
 
 namespace corvane {
 
@@ -19,6 +20,7 @@ const std::vector<const ClassInfo*>& RegisteredClasses() {
       &PermissionClass(),
       &ado::ConnectionClass(),
       &ado::RecordsetClass(),
+      &SchedulerClass(),
   };
   return classes;
 }
