@@ -5,18 +5,22 @@
 #include "corvane/ado.h"
 #include "corvane/error.h"
 #include "corvane/text.h"
+#include "dna/dna.h"
 #include "permission/permission.h"
 #include "registration/asp_http.h"
 #include "registration/type_library.h"
+#include "scheduler/scheduler.h"
 
 namespace corvane {
 
 const std::vector<const ClassInfo*>& RegisteredClasses() {
   static const std::vector<const ClassInfo*> classes = {
       &AspHttpClass(),
+      &DNAClass(),
       &PermissionClass(),
       &ado::ConnectionClass(),
       &ado::RecordsetClass(),
+      &SchedulerClass(),
   };
   return classes;
 }
