@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
-# Installs what the tests need, builds everything with the sanitizers and runs every test.
+# Installs what the tests need, builds everything with the sanitizers and runs every test: the unit
+# tests, the server's HTTP tests and the browser test of the demo site (headless Chromium).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/deps.sh
 cmake -S . -B build -DCMAKE_BUILD_TYPE=Debug -DCORVANE_SANITIZE=ON -DCORVANE_TESTS=ON
 cmake --build build -j2
+(cd tests/browser && npm ci --no-audit --no-fund --loglevel=error)
 ctest --test-dir build --output-on-failure -j2

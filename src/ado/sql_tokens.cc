@@ -138,4 +138,19 @@ bool HasTopLevelLimit(std::string_view sql) {
   return false;
 }
 
+std::string_view WithoutTopLevelOrderBy(std::string_view sql) {
+  std::vector<Token> tokens = Tokenize(sql);
+  std::vector<size_t> statement = FirstStatement(tokens);
+  for (size_t k = 0; k + 1 < statement.size(); ++k) {
+    const Token& t = tokens[statement[k]];
+    if (t.depth == 0 && IsKeyword(t, sql, "limit")) return sql;
+  }
+  for (size_t k = 0; k + 1 < statement.size(); ++k) {
+    const Token& t = tokens[statement[k]];
+    if (t.depth == 0 && IsKeyword(t, sql, "order") && IsKeyword(tokens[statement[k + 1]], sql, "by"))
+      return sql.substr(0, t.begin);
+  }
+  return sql;
+}
+
 }  // namespace corvane::ado::detail

@@ -43,6 +43,11 @@ std::vector<size_t> FirstStatement(const std::vector<Token>& tokens);
 // semicolons are cut, so more text can be appended safely (a trailing "-- comment" would swallow it).
 std::string_view StatementBody(std::string_view sql);
 
+// The text before the first statement's top-level ORDER BY, when it has one and no LIMIT (which would
+// make the order matter); else the text itself. Counting rows never needs the order, and keeping it
+// makes SQLite walk a sort index row by row.
+std::string_view WithoutTopLevelOrderBy(std::string_view sql);
+
 // True when the first statement has a LIMIT clause outside parentheses.
 bool HasTopLevelLimit(std::string_view sql);
 

@@ -182,7 +182,7 @@ namespace detail {
 
 std::string SqliteCountQuery(std::string_view adapted) {
   std::string out = "select count(*) from (";
-  out += StatementBody(adapted);
+  out += WithoutTopLevelOrderBy(StatementBody(adapted));
   out += ")";
   return out;
 }

@@ -1,4 +1,5 @@
 #include <cctype>
+#include <exception>
 
 #include "corvane/error.h"
 #include "corvane/host.h"
@@ -19,10 +20,20 @@ Object Server::CreateObject(std::string_view progID) {
   return obj;
 }
 
+// Every attached object gets its OnEndPage, even when an earlier one fails (its session values and
+// its connection close must not be lost); the first failure is raised once all have run.
 void Server::EndPage() {
   std::vector<Object> attached = std::move(attached_);
   attached_.clear();
-  for (const Object& obj : attached) obj.Invoke("OnEndPage");
+  std::exception_ptr first;
+  for (const Object& obj : attached) {
+    try {
+      obj.Invoke("OnEndPage");
+    } catch (...) {
+      if (!first) first = std::current_exception();
+    }
+  }
+  if (first) std::rethrow_exception(first);
 }
 
 std::string Server::URLEncode(std::string_view text) const {

@@ -5,9 +5,11 @@
 #include "corvane/ado.h"
 #include "corvane/error.h"
 #include "corvane/text.h"
+#include "dna/dna.h"
 #include "permission/permission.h"
 #include "registration/asp_http.h"
 #include "registration/type_library.h"
+#include "scheduler/scheduler.h"
 #include "upload/system_init.h"
 
 namespace corvane {
@@ -15,9 +17,11 @@ namespace corvane {
 const std::vector<const ClassInfo*>& RegisteredClasses() {
   static const std::vector<const ClassInfo*> classes = {
       &AspHttpClass(),
+      &DNAClass(),
       &PermissionClass(),
       &ado::ConnectionClass(),
       &ado::RecordsetClass(),
+      &SchedulerClass(),
       &SystemInitClass(),
   };
   return classes;

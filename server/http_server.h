@@ -1,0 +1,48 @@
+// The HTTP side of corvane-server: listens, hands each request to a worker of its thread pool, serves
+// pages (by the registry) and static files (from the site folder), and writes the access log.
+//
+// A page request runs inside its session's lease (session_store.h), so the pages of one session run
+// one at a time. A new session gets its cookie (HttpOnly, SameSite=Lax) on the reply.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "corvane/host.h"
+#include "options.h"
+#include "page_registry.h"
+
+namespace corvane::server {
+
+inline constexpr const char* kSessionCookie = "CORVANESESSIONID";
+
+// The value of cookie `name` in a Cookie header ("a=1; b=2"), or "" when absent.
+std::string CookieValue(std::string_view cookieHeader, std::string_view name);
+
+class HttpServer {
+ public:
+  // `secrets` are texts (the connection string, the database file) that must never reach an error
+  // page. `application` is shared by every page (the pages keep their settings in it).
+  HttpServer(ServerOptions options, PageRegistry pages, std::shared_ptr<host::Application> application,
+             std::vector<std::string> secrets = {});
+  ~HttpServer();
+  HttpServer(const HttpServer&) = delete;
+  HttpServer& operator=(const HttpServer&) = delete;
+
+  // Binds the address and port of the options (port 0: a free one). Returns the port, or raises
+  // std::runtime_error when the address cannot be bound.
+  int Bind();
+  // Serves until Stop(); requests being served are finished first.
+  void Run();
+  // Safe to call from any thread, also before Run() has started serving.
+  void Stop();
+
+  size_t SessionCount() const;
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace corvane::server

@@ -1,0 +1,101 @@
+// corvane-server: serves the demo office site (or any registered pages) over HTTP.
+#include <pthread.h>
+#include <signal.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <thread>
+
+#include "corvane/error.h"
+#include "http_server.h"
+#include "options.h"
+#include "site.h"
+
+namespace {
+
+using corvane::server::ServerOptions;
+
+int Serve(const ServerOptions& o) {
+  namespace fs = std::filesystem;
+  if (!o.drives.empty()) ::setenv("CORVANE_DRIVE_ROOT", o.drives.c_str(), 1);
+  const std::string connStr = corvane::server::ConnectionStringFor(o.db);
+  const std::string dbFile = corvane::server::SqliteFileOf(connStr);
+  if (!dbFile.empty() && fs::path(dbFile).has_parent_path())
+    fs::create_directories(fs::path(dbFile).parent_path());
+
+  if (corvane::site::PrepareDatabase(connStr))
+    std::printf("corvane-server: created and seeded the demo database %s\n",
+                dbFile.empty() ? "" : dbFile.c_str());
+
+  auto application = std::make_shared<corvane::host::Application>();
+  application->Set("ConnStr", corvane::Variant(connStr));
+  corvane::server::PageRegistry pages;
+  corvane::site::RegisterPages(pages);
+
+  std::vector<std::string> secrets{connStr};
+  if (!dbFile.empty()) {
+    secrets.push_back(dbFile);
+    secrets.push_back(fs::absolute(dbFile).string());
+  }
+  corvane::server::HttpServer server(o, std::move(pages), application, secrets);
+  int port = server.Bind();
+
+  // SIGTERM and SIGINT are taken by one thread that stops the server; the workers never see them.
+  sigset_t stopSignals;
+  sigemptyset(&stopSignals);
+  sigaddset(&stopSignals, SIGTERM);
+  sigaddset(&stopSignals, SIGINT);
+  std::thread signalThread([&server, stopSignals] {
+    int sig = 0;
+    sigwait(&stopSignals, &sig);
+    if (sig != 0) {
+      std::printf("corvane-server: %s, stopping\n", sig == SIGTERM ? "SIGTERM" : "SIGINT");
+      std::fflush(stdout);
+      server.Stop();
+    }
+  });
+
+  std::printf("corvane-server: serving %s on http://%s:%d/\n", o.site.c_str(), o.bind.c_str(), port);
+  std::fflush(stdout);
+  server.Run();
+  // Run() also returns when stopped by other means: wake the signal thread so it can be joined.
+  pthread_kill(signalThread.native_handle(), SIGTERM);
+  signalThread.join();
+  std::printf("corvane-server: stopped\n");
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // Block the stop signals before any thread starts, so that every thread inherits the mask.
+  sigset_t stopSignals;
+  sigemptyset(&stopSignals);
+  sigaddset(&stopSignals, SIGTERM);
+  sigaddset(&stopSignals, SIGINT);
+  pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
+  signal(SIGPIPE, SIG_IGN);
+
+  ServerOptions options;
+  try {
+    bool help = false;
+    options = corvane::server::ParseOptions(argc, argv, &help);
+    if (help) {
+      std::fputs(corvane::server::OptionsUsage().c_str(), stdout);
+      return 0;
+    }
+  } catch (const corvane::server::OptionsError& e) {
+    std::fprintf(stderr, "corvane-server: %s\n", e.what());
+    return 2;
+  }
+  if (options.site.empty()) options.site = CORVANE_DEFAULT_SITE_DIR;
+  try {
+    return Serve(options);
+  } catch (const corvane::Error& e) {
+    std::fprintf(stderr, "corvane-server: error %d: %s\n", e.Number(), e.Description().c_str());
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "corvane-server: %s\n", e.what());
+  }
+  return 1;
+}

@@ -1,0 +1,114 @@
+#include "options.h"
+
+#include <charconv>
+#include <string_view>
+
+#include "corvane/codepage.h"
+
+namespace corvane::server {
+
+namespace {
+
+long ToNumber(std::string_view name, std::string_view text, long min, long max) {
+  long value = 0;
+  auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (ec != std::errc() || end != text.data() + text.size() || value < min || value > max)
+    throw OptionsError("--" + std::string(name) + ": expected a number from " + std::to_string(min) +
+                       " to " + std::to_string(max) + ", got '" + std::string(text) + "'");
+  return value;
+}
+
+std::string Lower(std::string_view s) {
+  std::string out(s);
+  for (char& c : out)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return out;
+}
+
+}  // namespace
+
+ServerOptions ParseOptions(int argc, const char* const* argv, bool* help) {
+  ServerOptions o;
+  if (help) *help = false;
+  for (int i = 1; i < argc; ++i) {
+    std::string_view arg = argv[i];
+    if (arg == "--help" || arg == "-h") {
+      if (help) *help = true;
+      continue;
+    }
+    if (arg == "--no-access-log") {
+      o.accessLog = false;
+      continue;
+    }
+    if (arg.substr(0, 2) != "--") throw OptionsError("unexpected argument '" + std::string(arg) + "'");
+    std::string_view name = arg.substr(2), value;
+    if (size_t eq = name.find('='); eq != std::string_view::npos) {
+      value = name.substr(eq + 1);
+      name = name.substr(0, eq);
+    } else {
+      if (i + 1 >= argc) throw OptionsError("--" + std::string(name) + " needs a value");
+      value = argv[++i];
+    }
+    if (name == "port") {
+      o.port = static_cast<int>(ToNumber(name, value, 0, 65535));
+    } else if (name == "bind") {
+      o.bind = value;
+    } else if (name == "site") {
+      o.site = value;
+    } else if (name == "db") {
+      if (value.empty()) throw OptionsError("--db must not be empty");
+      o.db = value;
+    } else if (name == "codepage") {
+      o.codePage = static_cast<int>(ToNumber(name, value, 0, 65535));
+      if (!IsSupportedCodePage(o.codePage) || (o.codePage != kCodePageGbk && o.codePage != kCodePageUtf8))
+        throw OptionsError("--codepage: 936 or 65001, got " + std::string(value));
+    } else if (name == "drives") {
+      o.drives = value;
+    } else if (name == "threads") {
+      o.threads = static_cast<int>(ToNumber(name, value, 1, 1024));
+    } else if (name == "session-timeout") {
+      o.sessionTimeoutMinutes = static_cast<int>(ToNumber(name, value, 1, 24 * 60));
+    } else if (name == "max-body") {
+      o.maxBodyBytes = static_cast<size_t>(ToNumber(name, value, 1, 1L << 40));
+    } else {
+      throw OptionsError("unknown option --" + std::string(name) + " (see --help)");
+    }
+  }
+  return o;
+}
+
+std::string OptionsUsage() {
+  ServerOptions d;
+  return "usage: corvane-server [options]\n"
+         "  --port N             TCP port (default " + std::to_string(d.port) + "; 0 picks a free one)\n"
+         "  --bind ADDR          address to listen on (default " + d.bind + ")\n"
+         "  --site DIR           folder of the static files (default: the source tree's site/www)\n"
+         "  --db CONN|FILE       connection string or SQLite file (default " + d.db + ")\n"
+         "  --codepage 936|65001 code page of pages and forms (default " + std::to_string(d.codePage) + ")\n"
+         "  --drives DIR         drive root for uploads, sets CORVANE_DRIVE_ROOT (default ./drives)\n"
+         "  --threads N          worker threads (default " + std::to_string(d.threads) + ")\n"
+         "  --session-timeout M  idle minutes before a session ends (default " +
+         std::to_string(d.sessionTimeoutMinutes) + ")\n"
+         "  --max-body BYTES     largest request body (default " + std::to_string(d.maxBodyBytes) + ")\n"
+         "  --no-access-log      no access log lines on stdout\n";
+}
+
+std::string ConnectionStringFor(const std::string& db) {
+  if (db.find('=') != std::string::npos) return db;
+  return "Provider=SQLite;Data Source=" + db;
+}
+
+std::string SqliteFileOf(const std::string& connectionString) {
+  std::string lower = Lower(connectionString);
+  if (lower.find("provider=sqlite") == std::string::npos &&
+      lower.find('=') != std::string::npos)
+    return "";
+  if (lower.find('=') == std::string::npos) return connectionString;
+  size_t at = lower.find("data source=");
+  if (at == std::string::npos) return "";
+  size_t start = at + 12;
+  size_t end = connectionString.find(';', start);
+  return connectionString.substr(start, end == std::string::npos ? std::string::npos : end - start);
+}
+
+}  // namespace corvane::server

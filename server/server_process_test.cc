@@ -1,0 +1,89 @@
+// The corvane-server program itself: it creates and seeds its database, serves the site on a free
+// port, and stops cleanly on SIGTERM.
+#include <gtest/gtest.h>
+#include <httplib.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <regex>
+#include <string>
+#include <thread>
+
+#include "corvane/codepage.h"
+#include "test_support.h"
+
+namespace {
+
+struct Child {
+  pid_t pid = -1;
+  int out = -1;  // the child's stdout
+};
+
+Child Spawn(const std::vector<std::string>& args) {
+  int fds[2];
+  if (pipe(fds) != 0) return {};
+  pid_t pid = fork();
+  if (pid == 0) {
+    dup2(fds[1], 1);
+    close(fds[0]);
+    close(fds[1]);
+    std::vector<char*> argv;
+    for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+    execv(argv[0], argv.data());
+    _exit(127);
+  }
+  close(fds[1]);
+  return {pid, fds[0]};
+}
+
+// Reads the child's output until the line naming its address; the port, or 0.
+int WaitForPort(int fd) {
+  std::string out;
+  char buf[512];
+  std::regex serving("on http://127\\.0\\.0\\.1:(\\d+)/");
+  std::smatch m;
+  while (!std::regex_search(out, m, serving)) {
+    ssize_t n = read(fd, buf, sizeof buf);
+    if (n <= 0) return 0;
+    out.append(buf, static_cast<size_t>(n));
+  }
+  return std::stoi(m[1]);
+}
+
+TEST(ServerProcessTest, SeedsServesAndStopsOnSigterm) {
+  auto dir = corvane::testing::ScratchPath("server");
+  std::filesystem::create_directories(dir);
+  Child child = Spawn({CORVANE_SERVER_BINARY, "--port", "0", "--db", (dir / "site.db").string(),
+                       "--drives", (dir / "drives").string(), "--no-access-log"});
+  ASSERT_GT(child.pid, 0);
+  int port = WaitForPort(child.out);
+  ASSERT_GT(port, 0);
+
+  httplib::Client c("127.0.0.1", port);
+  auto login = c.Get("/login.asp");
+  ASSERT_TRUE(login);
+  EXPECT_EQ(login->status, 200);
+  EXPECT_EQ(login->get_header_value("Content-Type"), "text/html; charset=gbk");
+  EXPECT_NE(corvane::DecodeCodePage(login->body).find("用户名"), std::string::npos);
+  auto signIn = c.Post("/login.asp", "loginName=zhangwei&password=123456", "application/x-www-form-urlencoded");
+  ASSERT_TRUE(signIn);
+  EXPECT_EQ(signIn->status, 302);
+  EXPECT_EQ(signIn->get_header_value("Location"), "/main.asp");
+  EXPECT_EQ(c.Get("/main.asp")->status, 302);  // no cookie sent: back to the sign-in page
+  EXPECT_EQ(c.Get("/Include/Style.css")->status, 200);
+  EXPECT_EQ(c.Get("/IMAGES/edit.gif")->get_header_value("Content-Type"), "image/gif");
+
+  ASSERT_EQ(kill(child.pid, SIGTERM), 0);
+  int status = 0;
+  for (int i = 0; i < 200 && waitpid(child.pid, &status, WNOHANG) == 0; ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  ASSERT_TRUE(WIFEXITED(status)) << "still running or killed";
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+  close(child.out);
+}
+
+}  // namespace

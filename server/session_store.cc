@@ -1,0 +1,113 @@
+#include "session_store.h"
+
+#include <sys/random.h>
+
+#include <cerrno>
+#include <stdexcept>
+
+namespace corvane::server {
+
+std::string NewSessionId() {
+  unsigned char bytes[16];
+  size_t got = 0;
+  while (got < sizeof bytes) {
+    ssize_t n = ::getrandom(bytes + got, sizeof bytes - got, 0);
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      throw std::runtime_error("getrandom failed");
+    }
+    got += static_cast<size_t>(n);
+  }
+  static const char* hex = "0123456789abcdef";
+  std::string id;
+  for (unsigned char b : bytes) {
+    id += hex[b >> 4];
+    id += hex[b & 15];
+  }
+  return id;
+}
+
+bool IsWellFormedSessionId(std::string_view id) {
+  if (id.size() != 32) return false;
+  for (char c : id)
+    if (!((c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'))) return false;
+  return true;
+}
+
+SessionStore::SessionStore(std::chrono::seconds idleTimeout, Clock clock)
+    : idleTimeout_(idleTimeout), clock_(clock ? std::move(clock) : [] { return std::chrono::steady_clock::now(); }) {
+  lastSweep_ = clock_();
+}
+
+bool SessionStore::Expired(const Entry& e, std::chrono::steady_clock::time_point now) const {
+  return e.users == 0 && now - e.lastUsed > idleTimeout_;
+}
+
+SessionStore::Lease SessionStore::Acquire(std::string_view id) {
+  std::shared_ptr<Entry> entry;
+  std::string key;
+  bool isNew = false;
+  {
+    std::lock_guard lock(mu_);
+    auto now = clock_();
+    if (now - lastSweep_ > std::chrono::seconds(60)) {
+      lastSweep_ = now;
+      for (auto it = sessions_.begin(); it != sessions_.end();)
+        it = Expired(*it->second, now) ? sessions_.erase(it) : std::next(it);
+    }
+    if (IsWellFormedSessionId(id)) {
+      auto it = sessions_.find(std::string(id));
+      if (it != sessions_.end()) {
+        if (Expired(*it->second, now)) {
+          sessions_.erase(it);
+        } else {
+          entry = it->second;
+          key = it->first;
+        }
+      }
+    }
+    if (!entry) {
+      do key = NewSessionId();
+      while (sessions_.count(key));
+      entry = std::make_shared<Entry>();
+      entry->session = std::make_shared<host::SessionObject>();
+      entry->session->id = key;
+      entry->lastUsed = now;
+      sessions_.emplace(key, entry);
+      isNew = true;
+    }
+    ++entry->users;
+  }
+  return Lease(this, std::move(entry), std::move(key), isNew);
+}
+
+SessionStore::Lease::Lease(SessionStore* store, std::shared_ptr<Entry> entry, std::string id, bool isNew)
+    : store_(store), entry_(std::move(entry)), lock_(entry_->requestMutex), id_(std::move(id)),
+      isNew_(isNew) {}
+
+SessionStore::Lease::~Lease() {
+  if (!entry_) return;  // moved from
+  lock_.unlock();
+  store_->Release(entry_);
+}
+
+void SessionStore::Release(const std::shared_ptr<Entry>& entry) {
+  std::lock_guard lock(mu_);
+  entry->lastUsed = clock_();
+  --entry->users;
+}
+
+void SessionStore::Sweep() {
+  std::lock_guard lock(mu_);
+  auto now = clock_();
+  lastSweep_ = now;
+  for (auto it = sessions_.begin(); it != sessions_.end();)
+    it = Expired(*it->second, now) ? sessions_.erase(it) : std::next(it);
+}
+
+size_t SessionStore::Size() const {
+  std::lock_guard lock(mu_);
+  return sessions_.size();
+}
+
+}  // namespace corvane::server

@@ -1,0 +1,49 @@
+// Static files of the site folder: style sheets, scripts, images.
+//
+// URL paths are matched against the folder case-insensitively, segment by segment (an exact match
+// wins), because the pages' links mix "Images/" and "images/" as the original server's file system
+// allowed. A path that would leave the folder is never served. Replies carry an ETag and a
+// Last-Modified date and answer a matching conditional request with 304.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace corvane::server {
+
+struct StaticReply {
+  int status = 200;  // 200 or 304
+  std::string contentType;
+  std::string body;  // empty for 304
+  std::vector<std::pair<std::string, std::string>> headers;
+};
+
+// The Content-Type of a file name by its extension ("application/octet-stream" when unknown). The
+// site's text files are UTF-8 whatever the pages' code page, so text types say so: a script that a
+// GBK page loads would otherwise be read as GBK.
+std::string ContentTypeFor(std::string_view fileName);
+
+class StaticFiles {
+ public:
+  explicit StaticFiles(std::filesystem::path root);
+
+  // The regular file that the decoded URL path names ("/Images/Edit.GIF"), or nullopt when there is
+  // none, when a segment is "..", empty-named or hidden (".x"), or when it resolves outside the root.
+  std::optional<std::filesystem::path> Resolve(std::string_view urlPath) const;
+
+  // The reply for a GET of `urlPath`, or nullopt (404). `ifNoneMatch` and `ifModifiedSince` are the
+  // request's conditional headers ("" when absent).
+  std::optional<StaticReply> Get(std::string_view urlPath, std::string_view ifNoneMatch = "",
+                                 std::string_view ifModifiedSince = "") const;
+
+  const std::filesystem::path& Root() const { return root_; }
+
+ private:
+  std::filesystem::path root_;  // canonical
+};
+
+}  // namespace corvane::server

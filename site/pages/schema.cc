@@ -1,0 +1,41 @@
+// The demo office's tables. Column names are those the components' SQL names; dates are DATETIME
+// columns holding the locale's date text ("2026-11-02" or "2026-11-02 18:00:00").
+#include "schema.h"
+
+namespace corvane::site {
+
+const std::vector<std::string_view>& SchemaStatements() {
+  static const std::vector<std::string_view> statements = {
+      "create table systems(systemID INTEGER PRIMARY KEY, systemName VARCHAR(50))",
+      "create table dept(deptID INTEGER PRIMARY KEY, deptName VARCHAR(50))",
+      "create table personDuty(dutyID INTEGER PRIMARY KEY, dutyName VARCHAR(50))",
+      // personGroupID 7 marks accounts that are never offered as group members (the system account).
+      "create table person(personID INTEGER PRIMARY KEY, personName VARCHAR(50), loginName VARCHAR(50),"
+      " password VARCHAR(50), dutyID INT, systemID INT, personGroupID INT, deptID INT,"
+      " phone VARCHAR(30), email VARCHAR(60))",
+      "create table planAddrType(planAddrTypeID INTEGER PRIMARY KEY, planAddrTypeName VARCHAR(50))",
+      "create table planAddr(planAddrID INTEGER PRIMARY KEY, planAddrName VARCHAR(50), planAddrTypeID INT)",
+      "create table planType(planTypeID INTEGER PRIMARY KEY, planTypeName VARCHAR(50))",
+      "create table planFlag(planFlagID INTEGER PRIMARY KEY, planFlagName VARCHAR(20))",
+      "create table personPlan(planID INTEGER PRIMARY KEY, personID INT, planStartTime DATETIME,"
+      " planEndTime DATETIME, planAddrTypeID INT, planAddrID INT, planAddrDetail VARCHAR(100),"
+      " planTypeID INT, planContent VARCHAR(200), planAddition VARCHAR(200), planFlagID INT)",
+      "create index personPlan_person on personPlan(personID, planStartTime)",
+      "create table AccessGroup(accessGroupID INTEGER PRIMARY KEY, accessGroupName VARCHAR(50), systemID INT)",
+      "create table accessMenu(accessGroupID INT, accessMenuType INT, accessMenuID INT)",
+      "create table accessPerson(accessGroupID INT, accessPersonID INT)",
+      "create table menu(menuID INTEGER PRIMARY KEY, menuName VARCHAR(50), menuFatherID INT,"
+      " menuOrder INT, systemID INT, menuURL VARCHAR(200))",
+      "create table noticeType(noticeTypeID INTEGER PRIMARY KEY, noticeTypeName VARCHAR(50))",
+      "create table notice(noticeID INTEGER PRIMARY KEY, title VARCHAR(100), noticeTypeID INT, deptID INT,"
+      " publishDate DATETIME, author VARCHAR(50), content VARCHAR(500))",
+      "create table city(cityID INTEGER PRIMARY KEY, cityName VARCHAR(50))",
+      "create table contact(contactID INTEGER PRIMARY KEY, contactName VARCHAR(50), company VARCHAR(100),"
+      " cityID INT, phone VARCHAR(30), email VARCHAR(60), createDate DATETIME)",
+      "create table upload(uploadID INTEGER PRIMARY KEY, fileName VARCHAR(200), fileSize INT,"
+      " personID INT, uploadTime DATETIME, remark VARCHAR(200))",
+  };
+  return statements;
+}
+
+}  // namespace corvane::site

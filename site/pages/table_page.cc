@@ -1,0 +1,64 @@
+#include "table_page.h"
+
+#include "corvane/host.h"
+
+namespace corvane::site {
+
+void TablePage(PageContext& p, const TableSpec& spec) {
+  // "?debug=1" switches DNA's trace on for this session's table pages, "?debug=0" off.
+  std::string debug = p.Request.QueryString("debug").Text();
+  if (!debug.empty()) p.Session.Set("dnaDebug", Variant(debug == "1"));
+  const bool bDebug = p.Session.Get("dnaDebug").IsEmpty() ? false : p.Session.Get("dnaDebug").ToBool();
+
+  Object dna = p.Server.CreateObject("corvane.DNA");
+  if (bDebug) Call(dna, "DebugMode");
+  Args open{Variant(ConnStr(p)), Variant(spec.sql), Variant(spec.captions)};
+  dna.Invoke("OpenDNA", open);
+  if (!spec.codeSql.empty()) Call(dna, "SetCodeSQL", {Variant(spec.codeSql)});
+  if (!spec.defaultItems.empty()) Call(dna, "SetDefaultItem", {Variant(spec.defaultItems)});
+  Call(dna, "SetTitle", {Variant(spec.title)});
+  const std::string action = dna.Get("strAction").Text();
+
+  if (action == "delete") {
+    // Back to the list once the row is gone, so that a reload does not delete again.
+    Call(dna, "Delete");
+    Call(dna, "CloseDNA");
+    p.Response.Redirect(p.Request.ServerVariables("URL").Text() + "?action=list&page=1");
+    return;
+  }
+
+  // DNA writes its style sheet link itself; the page head is written around it.
+  std::string charset = p.Request.CodePage() == kCodePageUtf8 ? "utf-8" : "gbk";
+  p.Response.Write("<html><head>\r\n<meta http-equiv=\"Content-Type\" content=\"text/html; charset=" + charset +
+                   "\">\r\n<title>" + Html(spec.title) + "</title>\r\n");
+  Call(dna, "SetDispStyle", {Variant(1)});
+  p.Response.Write("\r\n<link rel=\"stylesheet\" href=\"/include/site.css\" type=\"text/css\">"
+                   "\r\n<script src=\"/include/compat.js\"></script>\r\n</head>\r\n<body class=table>\r\n");
+  Call(dna, "DispMenu");
+  p.Response.Write(spec.above);
+
+  if (action == "insert" || action == "update" || action == "search") {
+    Args a{Variant(action)};
+    dna.Invoke("DispForm", a);
+  } else if (action == "insert2") {
+    p.Response.Write("<div class=message>");
+    Call(dna, "Insert");
+    p.Response.Write("</div>\r\n");
+    Args a{Variant("insert2")};
+    dna.Invoke("DispForm", a);
+  } else if (action == "update2") {
+    Call(dna, "Update");
+    Call(dna, "DispList");
+  } else if (action == "search2") {
+    Call(dna, "search");
+    Call(dna, "DispList");
+  } else if (action == "setcol") {
+    Call(dna, "DispSetColumns");
+  } else {  // list, listall, setcol2 and anything unknown
+    Call(dna, "DispList");
+  }
+  Call(dna, "CloseDNA");
+  WriteFoot(p);
+}
+
+}  // namespace corvane::site

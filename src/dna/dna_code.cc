@@ -1,0 +1,60 @@
+// Code look-ups. A code-lookup query reads "select name,code from codes [where ...]": field 0 of its
+// result is the display name, field 1 the stored code. GetCodeName finds one name; SelectForm writes
+// the whole list as <option> elements.
+#include <string>
+#include <vector>
+
+#include "corvane/ado.h"
+#include "corvane/text.h"
+#include "dna/dna.h"
+#include "dna/int16.h"
+
+namespace corvane {
+
+namespace {
+
+// The second column of the query's select list (not trimmed). The 7 is the length of "select ".
+std::string CodeColumn(const std::string& query) {
+  int16_t p = dna::CheckedInt16(InStr(LCase(query), "from"));
+  std::string list = p < 8 ? Trim(Right(query, Len(query) - 7)) : Trim(Mid(query, 7, p - 7));
+  std::vector<std::string> columns = Split(list, ",");
+  if (columns.size() < 2) throw Error::SubscriptOutOfRange();
+  return columns[1];
+}
+
+}  // namespace
+
+Variant DNA::GetCodeName(const Variant& StrCodeSQL, const Variant& nValue) {
+  const std::string query = StrCodeSQL.ToString();
+  const std::string code = CodeColumn(query);
+  const char* joint = InStr(LCase(query), "where") > 0 ? " and  " : " where ";
+  const std::string sql = query + joint + code + "=" + nValue.Text();
+  // An empty value leaves the statement ending in "=": nothing to look up.
+  if (Right(Trim(sql), 1) == "=") return Variant("");
+  auto rs = std::make_shared<ado::Recordset>();
+  rs->Open(sql, objConn, ado::adOpenStatic, -1, -1);
+  Variant name = rs->Eof() ? Variant("") : rs->Field(0);
+  rs->Close();
+  return name;
+}
+
+Variant DNA::SelectForm(const Variant& StrCodeSQL, const Variant& selectedID) {
+  const std::string query = StrCodeSQL.ToString();
+  const std::string sql = query + " order by " + CodeColumn(query);
+  auto rs = std::make_shared<ado::Recordset>();
+  rs->Open(sql, objConn, ado::adOpenStatic, -1, -1);
+  std::string out;
+  while (!rs->Eof()) {
+    Variant code = rs->Field(1);
+    out += "<option value='" + code.Text() + "'";
+    if (Equals(selectedID, code)) out += " selected ";
+    out += ">";
+    out += rs->Field(0).Text();
+    out += "</option>";
+    rs->MoveNext();
+  }
+  rs->Close();
+  return Variant(std::move(out));
+}
+
+}  // namespace corvane
