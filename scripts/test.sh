@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what the tests need, builds everything with the sanitizers and runs every test: the unit
-# tests, the server's HTTP tests and the browser test of the demo site (headless Chromium).
+# tests, the server's HTTP tests, the browser test of the demo site (headless Chromium) and a
+# fuzz run of the upload parser.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/deps.sh
@@ -8,3 +9,5 @@ cmake -S . -B build -DCMAKE_BUILD_TYPE=Debug -DCORVANE_SANITIZE=ON -DCORVANE_TES
 cmake --build build -j2
 (cd tests/browser && npm ci --no-audit --no-fund --loglevel=error)
 ctest --test-dir build --output-on-failure -j2
+# The upload parser's fuzz target, for a fixed time (FUZZ_SECONDS, 60 by default).
+bash scripts/fuzz.sh
