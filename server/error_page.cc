@@ -2,26 +2,11 @@
 
 #include <cstdio>
 
+#include "corvane/host.h"
+
 namespace corvane::server {
 
-namespace {
-
-std::string Escape(std::string_view s) {
-  std::string out;
-  for (char c : s) {
-    switch (c) {
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '&': out += "&amp;"; break;
-      case '"': out += "&quot;"; break;
-      case '\'': out += "&#39;"; break;
-      default: out += c;
-    }
-  }
-  return out;
-}
-
-}  // namespace
+using host::HtmlEncode;
 
 std::string ErrorCode(int32_t number) {
   // Run-time errors of the script engine are reported in its facility (0x800A....); numbers that are
@@ -44,8 +29,8 @@ std::string ErrorPageHtml(int32_t number, std::string_view description, std::str
       "<style>body{font-family:sans-serif;margin:2em}.err{border:1px solid #c33;padding:1em;"
       "background:#fff4f4}code{font-size:1.1em}</style></head>\r\n<body><div class=err>"
       "<h2>页面错误 (page error)</h2>\r\n<p>错误 <code>'" + ErrorCode(number) + "'</code> (" +
-      std::to_string(number) + ")</p>\r\n<p class=description>" + Escape(text) +
-      "</p>\r\n<p class=page>" + Escape(page) + "</p></div></body></html>\r\n";
+      std::to_string(number) + ")</p>\r\n<p class=description>" + HtmlEncode(text) +
+      "</p>\r\n<p class=page>" + HtmlEncode(page) + "</p></div></body></html>\r\n";
   return html;
 }
 

@@ -34,6 +34,9 @@ class ValueCollection {
   std::vector<std::pair<std::string, std::string>> items_;
 };
 
+// Text made safe inside HTML elements and quoted attributes: < > & " ' become entities.
+std::string HtmlEncode(std::string_view text);
+
 // Parses "a=1&b=%C4%E3" (with "+" as blank), decoding names and values from the code page.
 ValueCollection ParseUrlEncoded(std::string_view text, int codePage);
 

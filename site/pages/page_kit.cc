@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "corvane/codepage.h"
+#include "corvane/host.h"
 
 namespace corvane::site {
 
@@ -43,20 +44,7 @@ void WriteHead(PageContext& p, std::string_view title, std::string_view head, st
 
 void WriteFoot(PageContext& p) { p.Response.Write("\r\n</body></html>\r\n"); }
 
-std::string Html(std::string_view text) {
-  std::string out;
-  for (char c : text) {
-    switch (c) {
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '&': out += "&amp;"; break;
-      case '"': out += "&quot;"; break;
-      case '\'': out += "&#39;"; break;
-      default: out += c;
-    }
-  }
-  return out;
-}
+std::string Html(std::string_view text) { return host::HtmlEncode(text); }
 
 Variant Call(const Object& obj, std::string_view name, std::initializer_list<Variant> args) {
   std::vector<Variant> a(args);

@@ -4,7 +4,7 @@
 
 namespace corvane::site {
 
-void TablePage(PageContext& p, const TableSpec& spec) {
+void TablePage(PageContext& p, const TableSpec& table) {
   // "?debug=1" switches DNA's trace on for this session's table pages, "?debug=0" off.
   std::string debug = p.Request.QueryString("debug").Text();
   if (!debug.empty()) p.Session.Set("dnaDebug", Variant(debug == "1"));
@@ -12,11 +12,11 @@ void TablePage(PageContext& p, const TableSpec& spec) {
 
   Object dna = p.Server.CreateObject("corvane.DNA");
   if (bDebug) Call(dna, "DebugMode");
-  Args open{Variant(ConnStr(p)), Variant(spec.sql), Variant(spec.captions)};
+  Args open{Variant(ConnStr(p)), Variant(table.sql), Variant(table.captions)};
   dna.Invoke("OpenDNA", open);
-  if (!spec.codeSql.empty()) Call(dna, "SetCodeSQL", {Variant(spec.codeSql)});
-  if (!spec.defaultItems.empty()) Call(dna, "SetDefaultItem", {Variant(spec.defaultItems)});
-  Call(dna, "SetTitle", {Variant(spec.title)});
+  if (!table.codeSql.empty()) Call(dna, "SetCodeSQL", {Variant(table.codeSql)});
+  if (!table.defaultItems.empty()) Call(dna, "SetDefaultItem", {Variant(table.defaultItems)});
+  Call(dna, "SetTitle", {Variant(table.title)});
   const std::string action = dna.Get("strAction").Text();
 
   if (action == "delete") {
@@ -30,12 +30,12 @@ void TablePage(PageContext& p, const TableSpec& spec) {
   // DNA writes its style sheet link itself; the page head is written around it.
   std::string charset = p.Request.CodePage() == kCodePageUtf8 ? "utf-8" : "gbk";
   p.Response.Write("<html><head>\r\n<meta http-equiv=\"Content-Type\" content=\"text/html; charset=" + charset +
-                   "\">\r\n<title>" + Html(spec.title) + "</title>\r\n");
+                   "\">\r\n<title>" + Html(table.title) + "</title>\r\n");
   Call(dna, "SetDispStyle", {Variant(1)});
   p.Response.Write("\r\n<link rel=\"stylesheet\" href=\"/include/site.css\" type=\"text/css\">"
                    "\r\n<script src=\"/include/compat.js\"></script>\r\n</head>\r\n<body class=table>\r\n");
   Call(dna, "DispMenu");
-  p.Response.Write(spec.above);
+  p.Response.Write(table.above);
 
   if (action == "insert" || action == "update" || action == "search") {
     Args a{Variant(action)};

@@ -18,6 +18,6 @@ struct TableSpec {
   std::string above;     // HTML written between the command bar and the table (links, notes)
 };
 
-void TablePage(PageContext& p, const TableSpec& spec);
+void TablePage(PageContext& p, const TableSpec& table);
 
 }  // namespace corvane::site

@@ -54,19 +54,22 @@ std::string Server::URLEncode(std::string_view text) const {
   return out;
 }
 
-std::string Server::HTMLEncode(std::string_view text) const {
+std::string HtmlEncode(std::string_view s) {
   std::string out;
-  for (char c : text) {
+  for (char c : s) {
     switch (c) {
       case '<': out += "&lt;"; break;
       case '>': out += "&gt;"; break;
       case '&': out += "&amp;"; break;
       case '"': out += "&quot;"; break;
+      case '\'': out += "&#39;"; break;
       default: out += c;
     }
   }
   return out;
 }
+
+std::string Server::HTMLEncode(std::string_view text) const { return HtmlEncode(text); }
 
 const ClassInfo& Server::Info() const { return ServerClass(); }
 
