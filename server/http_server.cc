@@ -114,9 +114,11 @@ struct HttpServer::Impl {
     // A reply goes out as two writes (head, then body); without TCP_NODELAY the second waits for the
     // client's delayed ACK, some 40 ms per request on a kept-alive connection.
     http.set_tcp_nodelay(true);
-    // A worker keeps its connection while the client keeps it alive. Bounding the requests and the idle
-    // time of a kept-alive connection lets queued connections in when there are more than workers.
-    http.set_keep_alive_max_count(20);
+    // A worker keeps its connection while the client keeps it alive; the idle limit lets queued
+    // connections in when there are more than workers. The request limit is high because every
+    // reconnect goes through httplib's listen backlog of 5: under load, frequent reconnects overflow
+    // it and a dropped SYN costs the client a one-second retry.
+    http.set_keep_alive_max_count(1000);
     http.set_keep_alive_timeout(3);
     http.Get(".*", [this](const httplib::Request& req, httplib::Response& res) { Serve(req, res, ""); });
     http.Post(".*", [this](const httplib::Request& req, httplib::Response& res) { Serve(req, res, req.body); });
