@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "corvane/ado.h"
+#include "corvane/error.h"
 
 namespace corvane::testing {
 
@@ -20,6 +21,17 @@ inline std::filesystem::path ScratchPath(const std::string& name) {
   dir /= std::to_string(::getpid());
   std::filesystem::create_directories(dir);
   return dir / (std::to_string(counter++) + "-" + name);
+}
+
+// The platform error number that `f` raises; 0 when it raises none.
+template <class F>
+int32_t ErrorNumber(F&& f) {
+  try {
+    f();
+  } catch (const Error& e) {
+    return e.Number();
+  }
+  return 0;
 }
 
 // A new, empty SQLite database file, with its connection string.

@@ -16,14 +16,7 @@ namespace {
 using corvane::testing::ScratchDatabase;
 using corvane::testing::ScratchPath;
 
-int32_t ErrorNumber(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.Number();
-  }
-  return 0;
-}
+using corvane::testing::ErrorNumber;
 
 std::string ErrorText(const std::function<void()>& f) {
   try {

@@ -9,14 +9,7 @@ namespace {
 
 using corvane::testing::ScratchDatabase;
 
-int32_t ErrorNumber(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.Number();
-  }
-  return 0;
-}
+using corvane::testing::ErrorNumber;
 
 class RecordsetTest : public ::testing::Test {
  protected:

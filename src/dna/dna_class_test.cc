@@ -5,18 +5,12 @@
 #include <set>
 
 #include "dna/dna_test_support.h"
+#include "test_support.h"
 
 namespace corvane::testing {
 namespace {
 
-int ErrorNumber(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.Number();
-  }
-  return 0;
-}
+using corvane::testing::ErrorNumber;
 
 TEST(DNAClass, IdentityAndPublishedDispatchIds) {
   const ClassInfo* c = FindClass("CORVANE.dna");

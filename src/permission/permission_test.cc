@@ -8,6 +8,7 @@
 
 #include "corvane/error.h"
 #include "permission/permission_test_support.h"
+#include "test_support.h"
 
 namespace corvane {
 namespace {
@@ -17,14 +18,7 @@ using testing::PermissionPage;
 using testing::Rows;
 using testing::ScratchDatabase;
 
-int ErrorNumber(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.Number();
-  }
-  return 0;
-}
+using corvane::testing::ErrorNumber;
 
 TEST(PermissionClassTest, IsRegisteredWithItsIdentityAndDispids) {
   const ClassInfo* info = FindClass("{CC80CF41-6EB7-401C-94CE-EA80508C1FAB}");

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "corvane/error.h"
+#include "test_support.h"
 
 namespace corvane {
 namespace {
@@ -11,14 +12,7 @@ namespace {
 const std::string kSmile = "\xF0\x9F\x98\x80";
 const std::string kFffd = "\xEF\xBF\xBD";
 
-int ErrorNumber(auto&& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.Number();
-  }
-  return 0;
-}
+using corvane::testing::ErrorNumber;
 
 TEST(TextLen, CountsUtf16Units) {
   struct Case {

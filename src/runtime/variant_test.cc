@@ -6,18 +6,12 @@
 
 #include "corvane/dates.h"
 #include "corvane/error.h"
+#include "test_support.h"
 
 namespace corvane {
 namespace {
 
-int ErrorNumberOf(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.Number();
-  }
-  return 0;
-}
+using corvane::testing::ErrorNumber;
 
 TEST(VariantTypes, CodesMatchThePlatform) {
   EXPECT_EQ(Variant().Type(), 0);
@@ -45,15 +39,15 @@ TEST(VariantConversions, CIntRoundsHalfToEven) {
 }
 
 TEST(VariantConversions, CIntRaisesOverflowTypeMismatchAndNull) {
-  EXPECT_EQ(ErrorNumberOf([] { Variant(32767.5).ToInteger(); }), 6);
-  EXPECT_EQ(ErrorNumberOf([] { Variant(-32769).ToInteger(); }), 6);
-  EXPECT_EQ(ErrorNumberOf([] { Variant("40000").ToInteger(); }), 6);
-  EXPECT_EQ(ErrorNumberOf([] { Variant("abc").ToInteger(); }), 13);
-  EXPECT_EQ(ErrorNumberOf([] { Variant("").ToInteger(); }), 13);
-  EXPECT_EQ(ErrorNumberOf([] { Variant("1 2").ToInteger(); }), 13);
-  EXPECT_EQ(ErrorNumberOf([] { Variant::Null().ToInteger(); }), 94);
-  EXPECT_EQ(ErrorNumberOf([] { Variant(Object()).ToInteger(); }), 13);
-  EXPECT_EQ(ErrorNumberOf([] { Variant(3e10).ToLong(); }), 6);
+  EXPECT_EQ(ErrorNumber([] { Variant(32767.5).ToInteger(); }), 6);
+  EXPECT_EQ(ErrorNumber([] { Variant(-32769).ToInteger(); }), 6);
+  EXPECT_EQ(ErrorNumber([] { Variant("40000").ToInteger(); }), 6);
+  EXPECT_EQ(ErrorNumber([] { Variant("abc").ToInteger(); }), 13);
+  EXPECT_EQ(ErrorNumber([] { Variant("").ToInteger(); }), 13);
+  EXPECT_EQ(ErrorNumber([] { Variant("1 2").ToInteger(); }), 13);
+  EXPECT_EQ(ErrorNumber([] { Variant::Null().ToInteger(); }), 94);
+  EXPECT_EQ(ErrorNumber([] { Variant(Object()).ToInteger(); }), 13);
+  EXPECT_EQ(ErrorNumber([] { Variant(3e10).ToLong(); }), 6);
   EXPECT_EQ(Variant(2147483647.4).ToLong(), 2147483647);
 }
 
@@ -67,7 +61,7 @@ TEST(VariantConversions, TextForms) {
   EXPECT_EQ(Variant(true).ToString(), "True");
   EXPECT_EQ(Variant::Date(2026, 11, 2).ToString(), "2026-11-02");
   EXPECT_EQ(Variant::Date(2026, 11, 2, 8, 5, 0).ToString(), "2026-11-02 08:05:00");
-  EXPECT_EQ(ErrorNumberOf([] { Variant::Null().ToString(); }), 94);
+  EXPECT_EQ(ErrorNumber([] { Variant::Null().ToString(); }), 94);
   EXPECT_EQ(Variant::Null().Text(), "");
   EXPECT_EQ(Variant().Text(), "");
 }
@@ -75,14 +69,14 @@ TEST(VariantConversions, TextForms) {
 TEST(VariantConversions, DatesBoolsAndBytes) {
   EXPECT_EQ(Variant("2026-02-28").ToDate(), DateSerial(2026, 2, 28));
   EXPECT_EQ(Variant(45000).ToDate(), 45000.0);
-  EXPECT_EQ(ErrorNumberOf([] { Variant("tomorrow").ToDate(); }), 13);
+  EXPECT_EQ(ErrorNumber([] { Variant("tomorrow").ToDate(); }), 13);
   EXPECT_TRUE(Variant("True").ToBool());
   EXPECT_FALSE(Variant(" false ").ToBool());
   EXPECT_TRUE(Variant("-2").ToBool());
-  EXPECT_EQ(ErrorNumberOf([] { Variant("yes").ToBool(); }), 13);
+  EXPECT_EQ(ErrorNumber([] { Variant("yes").ToBool(); }), 13);
   EXPECT_EQ(Variant::FromBytes({7, 8}).ToBytes(), (Bytes{7, 8}));
-  EXPECT_EQ(ErrorNumberOf([] { Variant("x").ToBytes(); }), 13);
-  EXPECT_EQ(ErrorNumberOf([] { Variant().ToObject(); }), 424);
+  EXPECT_EQ(ErrorNumber([] { Variant("x").ToBytes(); }), 13);
+  EXPECT_EQ(ErrorNumber([] { Variant().ToObject(); }), 424);
 }
 
 TEST(VariantCompare, FollowsThePlatformRules) {

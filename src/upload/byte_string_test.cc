@@ -6,18 +6,12 @@
 #include <string>
 
 #include "corvane/error.h"
+#include "test_support.h"
 
 namespace corvane::upload {
 namespace {
 
-int ErrorOf(auto&& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.Number();
-  }
-  return 0;
-}
+using corvane::testing::ErrorNumber;
 
 TEST(ByteFunctions, InStrBCountsFromOneAndFindsNothingPastTheEnd) {
   const std::string s = "ab\r\nab";
@@ -29,8 +23,8 @@ TEST(ByteFunctions, InStrBCountsFromOneAndFindsNothingPastTheEnd) {
   EXPECT_EQ(InStrB(4, s, ""), 4);      // an empty needle is found where the search starts
   EXPECT_EQ(InStrB(1, "", "x"), 0);
   EXPECT_EQ(InStrB(1, s, "abc"), 0);
-  EXPECT_EQ(ErrorOf([&] { InStrB(0, s, "a"); }), 5);
-  EXPECT_EQ(ErrorOf([&] { InStrB(-3, s, "a"); }), 5);
+  EXPECT_EQ(ErrorNumber([&] { InStrB(0, s, "a"); }), 5);
+  EXPECT_EQ(ErrorNumber([&] { InStrB(-3, s, "a"); }), 5);
 }
 
 TEST(ByteFunctions, MidBAndLeftBClipAtTheEndAndRefuseBadArguments) {
@@ -42,9 +36,9 @@ TEST(ByteFunctions, MidBAndLeftBClipAtTheEndAndRefuseBadArguments) {
   EXPECT_EQ(LeftB(s, 4), "0123");
   EXPECT_EQ(LeftB(s, 40), s);
   EXPECT_EQ(LeftB("", 0), "");
-  EXPECT_EQ(ErrorOf([&] { MidB(s, 0, 1); }), 5);
-  EXPECT_EQ(ErrorOf([&] { MidB(s, 1, -1); }), 5);
-  EXPECT_EQ(ErrorOf([&] { LeftB(s, -1); }), 5);
+  EXPECT_EQ(ErrorNumber([&] { MidB(s, 0, 1); }), 5);
+  EXPECT_EQ(ErrorNumber([&] { MidB(s, 1, -1); }), 5);
+  EXPECT_EQ(ErrorNumber([&] { LeftB(s, -1); }), 5);
 }
 
 // The block search must agree with a plain search for every needle length, every start and every

@@ -4,6 +4,7 @@
 
 #include "corvane/error.h"
 #include "upload/upload_test_support.h"
+#include "test_support.h"
 
 namespace corvane::upload {
 namespace {
@@ -13,14 +14,7 @@ using testing::ScratchDrives;
 using testing::WriteFile;
 namespace fs = std::filesystem;
 
-int ErrorOf(auto&& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.Number();
-  }
-  return 0;
-}
+using corvane::testing::ErrorNumber;
 
 TEST(FileStore, WritesFromTheStartWithoutTruncating) {
   ScratchDrives drives;
@@ -37,9 +31,9 @@ TEST(FileStore, WritesFromTheStartWithoutTruncating) {
 
 TEST(FileStore, OpenFailuresRaiseThePlatformsFileErrors) {
   ScratchDrives drives;
-  EXPECT_EQ(ErrorOf([&] { WriteFileFromStart(drives.Up().string() + "/", "x"); }), 75);  // a folder
-  EXPECT_EQ(ErrorOf([&] { WriteFileFromStart((drives.Up() / "no" / "x").string(), "x"); }), 76);
-  EXPECT_EQ(ErrorOf([&] { WriteFileFromStart(drives.Up().string() + std::string("/a\0b", 4), "x"); }), 52);
+  EXPECT_EQ(ErrorNumber([&] { WriteFileFromStart(drives.Up().string() + "/", "x"); }), 75);  // a folder
+  EXPECT_EQ(ErrorNumber([&] { WriteFileFromStart((drives.Up() / "no" / "x").string(), "x"); }), 76);
+  EXPECT_EQ(ErrorNumber([&] { WriteFileFromStart(drives.Up().string() + std::string("/a\0b", 4), "x"); }), 52);
   EXPECT_FALSE(LocalFileExists(drives.Up().string()));
   EXPECT_FALSE(LocalFileExists(drives.Up().string() + std::string("/a\0b", 4)));
 }
