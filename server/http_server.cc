@@ -186,6 +186,7 @@ struct HttpServer::Impl {
                               .codePage = options.codePage,
                               .serverVariables = ServerVariablesOf(req)};
     PageReply reply = RunPage(page, std::move(request), lease.Session(), application, secrets);
+    if (lease.Session().ptr()->renewId) sessions.Renew(lease);
     if (lease.IsNew())
       res.set_header("Set-Cookie", std::string(kSessionCookie) + "=" + lease.Id() +
                                        "; Path=/; HttpOnly; SameSite=Lax");

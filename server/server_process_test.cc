@@ -54,6 +54,12 @@ int WaitForPort(int fd) {
   return std::stoi(m[1]);
 }
 
+// "name=value" of the response's Set-Cookie, ready for a Cookie header; "" without one.
+std::string CookieOf(const httplib::Response& r) {
+  std::string set = r.get_header_value("Set-Cookie");
+  return set.substr(0, set.find(';'));
+}
+
 TEST(ServerProcessTest, SeedsServesAndStopsOnSigterm) {
   auto dir = corvane::testing::ScratchPath("server");
   std::filesystem::create_directories(dir);
@@ -69,11 +75,20 @@ TEST(ServerProcessTest, SeedsServesAndStopsOnSigterm) {
   EXPECT_EQ(login->status, 200);
   EXPECT_EQ(login->get_header_value("Content-Type"), "text/html; charset=gbk");
   EXPECT_NE(corvane::DecodeCodePage(login->body).find("用户名"), std::string::npos);
-  auto signIn = c.Post("/login.asp", "loginName=zhangwei&password=123456", "application/x-www-form-urlencoded");
+  std::string before = CookieOf(*login);
+  ASSERT_FALSE(before.empty());
+  auto signIn = c.Post("/login.asp", {{"Cookie", before}}, "loginName=zhangwei&password=123456",
+                       "application/x-www-form-urlencoded");
   ASSERT_TRUE(signIn);
   EXPECT_EQ(signIn->status, 302);
   EXPECT_EQ(signIn->get_header_value("Location"), "/main.asp");
-  EXPECT_EQ(c.Get("/main.asp")->status, 302);  // no cookie sent: back to the sign-in page
+  // Signing in moves the session to a new id: the id the browser held before opens nothing.
+  std::string after = CookieOf(*signIn);
+  ASSERT_FALSE(after.empty());
+  EXPECT_NE(after, before);
+  EXPECT_EQ(c.Get("/main.asp", {{"Cookie", after}})->status, 200);
+  EXPECT_EQ(c.Get("/main.asp", {{"Cookie", before}})->status, 302);  // back to the sign-in page
+  EXPECT_EQ(c.Get("/main.asp")->status, 302);
   EXPECT_EQ(c.Get("/Include/Style.css")->status, 200);
   EXPECT_EQ(c.Get("/IMAGES/edit.gif")->get_header_value("Content-Type"), "image/gif");
 

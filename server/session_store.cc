@@ -67,8 +67,7 @@ SessionStore::Lease SessionStore::Acquire(std::string_view id) {
       }
     }
     if (!entry) {
-      do key = NewSessionId();
-      while (sessions_.count(key));
+      key = UnusedId();
       entry = std::make_shared<Entry>();
       entry->session = std::make_shared<host::SessionObject>();
       entry->session->id = key;
@@ -89,6 +88,24 @@ SessionStore::Lease::~Lease() {
   if (!entry_) return;  // moved from
   lock_.unlock();
   store_->Release(entry_);
+}
+
+std::string SessionStore::UnusedId() const {
+  std::string id;
+  do id = NewSessionId();
+  while (sessions_.count(id));
+  return id;
+}
+
+void SessionStore::Renew(Lease& lease) {
+  std::lock_guard lock(mu_);
+  sessions_.erase(lease.id_);
+  std::string key = UnusedId();
+  sessions_.emplace(key, lease.entry_);
+  lease.entry_->session->id = key;
+  lease.entry_->session->renewId = false;
+  lease.id_ = std::move(key);
+  lease.isNew_ = true;
 }
 
 void SessionStore::Release(const std::shared_ptr<Entry>& entry) {

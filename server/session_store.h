@@ -61,6 +61,9 @@ class SessionStore {
   // The live session of `id` (the cookie's value, possibly empty or stale) or a new one; waits until
   // no other request of that session runs.
   Lease Acquire(std::string_view id);
+  // Moves the lease's session to a new id (the old one finds nothing any more) and marks the lease
+  // new, so the response sets the cookie again.
+  void Renew(Lease& lease);
   // Drops the sessions idle longer than the timeout that no request holds. Acquire calls it now and
   // then by itself.
   void Sweep();
@@ -68,6 +71,7 @@ class SessionStore {
 
  private:
   void Release(const std::shared_ptr<Entry>& entry);
+  std::string UnusedId() const;  // a new id no session has; the caller holds mu_
   bool Expired(const Entry& e, std::chrono::steady_clock::time_point now) const;
 
   std::chrono::seconds idleTimeout_;

@@ -58,6 +58,31 @@ TEST(SessionStoreTest, ACookieFindsItsSessionAndUnknownOnesStartNewSessions) {
   EXPECT_EQ(store.Size(), 2u);
 }
 
+TEST(SessionStoreTest, ARenewedSessionKeepsItsValuesUnderANewIdOnly) {
+  SessionStore store(20min);
+  std::string before, after;
+  {
+    auto lease = store.Acquire("");
+    before = lease.Id();
+  }
+  {
+    auto lease = store.Acquire(before);
+    lease.Session().Set("personID", Variant(7));
+    lease.Session().ptr()->renewId = true;
+    store.Renew(lease);
+    after = lease.Id();
+    EXPECT_TRUE(lease.IsNew());  // the response must send the new cookie
+    EXPECT_EQ(lease.Session().ptr()->id, after);
+    EXPECT_FALSE(lease.Session().ptr()->renewId);
+  }
+  EXPECT_NE(after, before);
+  EXPECT_TRUE(IsWellFormedSessionId(after));
+  EXPECT_EQ(store.Acquire(after).Session().Get("personID").ToLong(), 7);
+  auto old = store.Acquire(before);
+  EXPECT_TRUE(old.IsNew());
+  EXPECT_TRUE(old.Session().Get("personID").IsEmpty());
+}
+
 TEST(SessionStoreTest, IdleSessionsExpireAfterTheTimeoutButUseKeepsThemAlive) {
   FakeClock clock;
   SessionStore store(20min, clock.Fn());

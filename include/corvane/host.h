@@ -112,6 +112,9 @@ class SessionObject : public Dispatch {
   void Clear();
   std::vector<std::string> Keys() const;
   std::string id;  // the host's session id ("" in tests)
+  // Set by a page that changes who the session belongs to (sign-in): after the page the host moves
+  // the session to a new id and sends the new cookie, so an id known before the change is worthless.
+  bool renewId = false;
 
  private:
   mutable std::mutex mu_;
