@@ -1,19 +1,26 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build and tests need; skips apt entirely when all are present.
-#   build: compilers, CMake, SQLite, GoogleTest, Google Benchmark, cpp-httplib (corvane-server)
-#   site tests: chromium (headless browser test), a CJK font (readable screenshots), the sqlite3
-#   shell (the tests read the database), node and npm (playwright-core drives chromium), wrk (bench/)
+#   bash scripts/deps.sh          everything: the build, the tests, benchmarks and fuzzing
+#   bash scripts/deps.sh site     only what building and running corvane-server needs
+#   build: compilers, CMake, SQLite, cpp-httplib (corvane-server)
+#   tests: GoogleTest, Google Benchmark, clang with its runtime (fuzzing), chromium (headless browser
+#   test), a CJK font (readable screenshots), the sqlite3 shell (the tests read the database), node and
+#   npm (playwright-core drives chromium), wrk (bench/)
 set -euo pipefail
-pkgs=(build-essential cmake pkg-config libsqlite3-dev libgtest-dev libgmock-dev libbenchmark-dev
-      libcpp-httplib-dev clang libclang-rt-14-dev
-      chromium fonts-wqy-microhei sqlite3 wrk "$@")
+pkgs=(build-essential cmake pkg-config libsqlite3-dev libcpp-httplib-dev)
+site_only=false
+[ "${1:-}" = site ] && site_only=true
+$site_only || pkgs+=(libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
+                     chromium fonts-wqy-microhei sqlite3 wrk)
 missing=()
 for p in "${pkgs[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")
 done
 # node and npm may come from Debian or be installed otherwise (a nodejs that bundles npm).
-command -v node >/dev/null 2>&1 || missing+=(nodejs)
-command -v npm >/dev/null 2>&1 || missing+=(npm)
+if ! $site_only; then
+  command -v node >/dev/null 2>&1 || missing+=(nodejs)
+  command -v npm >/dev/null 2>&1 || missing+=(npm)
+fi
 if [ ${#missing[@]} -gt 0 ]; then
   echo "installing: ${missing[*]}"
   SUDO=""; [ "$(id -u)" = 0 ] || SUDO=sudo

@@ -4,7 +4,7 @@
 # The database is data/corvane-site.db (created and seeded on first start), uploads go to data/drives.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-bash scripts/deps.sh
+bash scripts/deps.sh site
 cmake -S . -B build-site -DCMAKE_BUILD_TYPE=Release -DCORVANE_SANITIZE=OFF -DCORVANE_TESTS=OFF >/dev/null
 cmake --build build-site -j2 --target corvane-server
 port="${PORT:-8080}"

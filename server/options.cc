@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "corvane/codepage.h"
+#include "corvane/text.h"
 
 namespace corvane::server {
 
@@ -16,13 +17,6 @@ long ToNumber(std::string_view name, std::string_view text, long min, long max) 
     throw OptionsError("--" + std::string(name) + ": expected a number from " + std::to_string(min) +
                        " to " + std::to_string(max) + ", got '" + std::string(text) + "'");
   return value;
-}
-
-std::string Lower(std::string_view s) {
-  std::string out(s);
-  for (char& c : out)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return out;
 }
 
 }  // namespace
@@ -99,7 +93,7 @@ std::string ConnectionStringFor(const std::string& db) {
 }
 
 std::string SqliteFileOf(const std::string& connectionString) {
-  std::string lower = Lower(connectionString);
+  std::string lower = LCase(connectionString);
   if (lower.find("provider=sqlite") == std::string::npos &&
       lower.find('=') != std::string::npos)
     return "";

@@ -1,5 +1,7 @@
 #include "ado/connection_string.h"
 
+#include "corvane/text.h"
+
 namespace corvane::ado::detail {
 
 namespace {
@@ -8,13 +10,6 @@ std::string_view TrimBlanks(std::string_view s) {
   while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
   while (!s.empty() && (s.back() == ' ' || s.back() == '\t')) s.remove_suffix(1);
   return s;
-}
-
-std::string Lower(std::string_view s) {
-  std::string out(s);
-  for (char& c : out)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return out;
 }
 
 }  // namespace
@@ -34,7 +29,7 @@ ConnectionString ConnectionString::Parse(std::string_view text) {
       i = semi + 1;
       continue;
     }
-    std::string key = Lower(TrimBlanks(text.substr(i, eq - i)));
+    std::string key = LCase(TrimBlanks(text.substr(i, eq - i)));
     size_t j = eq + 1;
     while (j < text.size() && (text[j] == ' ' || text[j] == '\t')) ++j;
     std::string value;
@@ -66,7 +61,7 @@ ConnectionString ConnectionString::Parse(std::string_view text) {
 }
 
 std::optional<std::string> ConnectionString::Get(std::string_view key) const {
-  std::string wanted = Lower(key);
+  std::string wanted = LCase(key);
   for (auto it = entries_.rbegin(); it != entries_.rend(); ++it)
     if (it->first == wanted) return it->second;
   return std::nullopt;

@@ -32,62 +32,55 @@ bool IsSuperuser(const Variant& personName) { return Equals(personName, Variant(
 
 }  // namespace
 
-// Appends the level-1 entry at the current row of `level1` and, at once after it, its level-2
-// children, each followed by its level-3 children. `childQuery(fatherID)` gives the SQL of the
-// children of one entry.
+// Each level-1 entry of `level1Sql` followed at once by its level-2 children, each followed by its
+// level-3 children. `childQuery(fatherID)` gives the SQL of the children of one entry.
 template <class ChildQuery>
-void Permission::AppendMenuTree(std::string& out, ado::Recordset& level1,
-                                const ChildQuery& childQuery) const {
-  AppendOption(out, level1, 1);
-  auto level2 = Query(childQuery(level1.Field("menuID").Text()));
-  while (!level2->Eof()) {
-    AppendOption(out, *level2, 2);
-    auto level3 = Query(childQuery(level2->Field("menuID").Text()));
-    while (!level3->Eof()) {
-      AppendOption(out, *level3, 3);
-      level3->MoveNext();
+std::string Permission::MenuTree(const std::string& level1Sql, const ChildQuery& childQuery) const {
+  std::string out;
+  auto level1 = Query(level1Sql);
+  while (!level1->Eof()) {
+    AppendOption(out, *level1, 1);
+    auto level2 = Query(childQuery(level1->Field("menuID").Text()));
+    while (!level2->Eof()) {
+      AppendOption(out, *level2, 2);
+      auto level3 = Query(childQuery(level2->Field("menuID").Text()));
+      while (!level3->Eof()) {
+        AppendOption(out, *level3, 3);
+        level3->MoveNext();
+      }
+      level3->Close();
+      level2->MoveNext();
     }
-    level3->Close();
-    level2->MoveNext();
+    level2->Close();
+    level1->MoveNext();
   }
-  level2->Close();
+  level1->Close();
+  return out;
 }
 
 Variant Permission::DispMenuItem() {
-  auto level1 = Query("select * from menu where menuFatherID is null and systemID=" + SessionText("systemID") +
-                      " order by menuOrder ");
+  const std::string level1 = "select * from menu where menuFatherID is null and systemID=" +
+                             SessionText("systemID") + " order by menuOrder ";
   auto children = [&](const std::string& fatherID) {
     return "select * from menu where menuFatherID=" + fatherID + " and systemID=" + SessionText("systemID") +
            " order by menuOrder";
   };
-  std::string out;
-  while (!level1->Eof()) {
-    AppendMenuTree(out, *level1, children);
-    level1->MoveNext();
-  }
-  level1->Close();
-  return Variant(std::move(out));
+  return Variant(MenuTree(level1, children));
 }
 
 Variant Permission::DispAccessMenuItem(int16_t& groupID) {
   const std::string held =
       "select * from menu ,AccessMenu where Menu.MenuID=AccessMenu.AccessMenuID and AccessMenu.AccessGroupID=" +
       std::to_string(groupID);
-  auto level1 = Query(held + " and Menu.menuFatherID is null and menu.systemID=" + SessionText("systemID") +
-                      " order by menuOrder ");
+  const std::string level1 =
+      held + " and Menu.menuFatherID is null and menu.systemID=" + SessionText("systemID") + " order by menuOrder ";
   // Children are looked up only under emitted entries, so an entry whose father the group does not
   // hold never shows.
   auto children = [&](const std::string& fatherID) {
     return held + " and Menu.menuFatherID=" + fatherID + " and systemID=" + SessionText("systemID") +
            " order by menuOrder";
   };
-  std::string out;
-  while (!level1->Eof()) {
-    AppendMenuTree(out, *level1, children);
-    level1->MoveNext();
-  }
-  level1->Close();
-  return Variant(std::move(out));
+  return Variant(MenuTree(level1, children));
 }
 
 Variant Permission::GetMenu1(Variant& RsM1) {
