@@ -32,30 +32,18 @@ bool IsSuperuser(const Variant& personName) { return Equals(personName, Variant(
 
 }  // namespace
 
-// Each level-1 entry of `level1Sql` followed at once by its level-2 children, each followed by its
-// level-3 children. `childQuery(fatherID)` gives the SQL of the children of one entry.
+// Appends the entries of `sql` at `level`, each followed at once by its children (levels 2 and 3).
+// `childQuery(fatherID)` gives the SQL of the children of one entry.
 template <class ChildQuery>
-std::string Permission::MenuTree(const std::string& level1Sql, const ChildQuery& childQuery) const {
-  std::string out;
-  auto level1 = Query(level1Sql);
-  while (!level1->Eof()) {
-    AppendOption(out, *level1, 1);
-    auto level2 = Query(childQuery(level1->Field("menuID").Text()));
-    while (!level2->Eof()) {
-      AppendOption(out, *level2, 2);
-      auto level3 = Query(childQuery(level2->Field("menuID").Text()));
-      while (!level3->Eof()) {
-        AppendOption(out, *level3, 3);
-        level3->MoveNext();
-      }
-      level3->Close();
-      level2->MoveNext();
-    }
-    level2->Close();
-    level1->MoveNext();
+void Permission::AppendMenuLevel(std::string& out, const std::string& sql, int level,
+                                 const ChildQuery& childQuery) const {
+  auto rs = Query(sql);
+  while (!rs->Eof()) {
+    AppendOption(out, *rs, level);
+    if (level < 3) AppendMenuLevel(out, childQuery(rs->Field("menuID").Text()), level + 1, childQuery);
+    rs->MoveNext();
   }
-  level1->Close();
-  return out;
+  rs->Close();
 }
 
 Variant Permission::DispMenuItem() {
@@ -65,7 +53,9 @@ Variant Permission::DispMenuItem() {
     return "select * from menu where menuFatherID=" + fatherID + " and systemID=" + SessionText("systemID") +
            " order by menuOrder";
   };
-  return Variant(MenuTree(level1, children));
+  std::string out;
+  AppendMenuLevel(out, level1, 1, children);
+  return Variant(std::move(out));
 }
 
 Variant Permission::DispAccessMenuItem(int16_t& groupID) {
@@ -80,7 +70,9 @@ Variant Permission::DispAccessMenuItem(int16_t& groupID) {
     return held + " and Menu.menuFatherID=" + fatherID + " and systemID=" + SessionText("systemID") +
            " order by menuOrder";
   };
-  return Variant(MenuTree(level1, children));
+  std::string out;
+  AppendMenuLevel(out, level1, 1, children);
+  return Variant(std::move(out));
 }
 
 Variant Permission::GetMenu1(Variant& RsM1) {

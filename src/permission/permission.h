@@ -89,9 +89,9 @@ class Permission : public Dispatch {
   std::shared_ptr<ado::Recordset> Query(const std::string& sql) const;
   // Runs one statement through the connection.
   void Execute(const std::string& sql) const;
-  // The menu option lines of the level-1 rows of `level1Sql` and their children, for both menu lists.
+  // The menu option lines of one level's rows and, under each, its children, for both menu lists.
   template <class ChildQuery>
-  std::string MenuTree(const std::string& level1Sql, const ChildQuery& childQuery) const;
+  void AppendMenuLevel(std::string& out, const std::string& sql, int level, const ChildQuery& childQuery) const;
 
   host::PageObjects page_;
   std::shared_ptr<ado::Connection> objConn;
