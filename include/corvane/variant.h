@@ -139,6 +139,13 @@ std::optional<int> Compare(const Variant& a, const Variant& b);
 // a = b under Compare; false when either is Null.
 bool Equals(const Variant& a, const Variant& b);
 
+// A value compared with a literal written in the code ("when nType equals 1", "if the action is
+// \"update\""). Against a number the comparison is numeric: text that reads as a number is converted
+// ("1" equals 1), other text raises 13, Empty counts as 0. Against a text it is a binary text
+// comparison of the value's text form (Empty is ""). Null equals no literal.
+bool EqualsLiteral(const Variant& v, double literal);
+bool EqualsLiteral(const Variant& v, std::string_view literal);
+
 // Concatenation (the "&" operator): Null and Empty join as "".
 std::string Concat(std::initializer_list<Variant> parts);
 

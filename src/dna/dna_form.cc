@@ -19,26 +19,27 @@ const std::string kCrLf(host::kCrLf);
 
 }  // namespace
 
-// Reads each field's ADO type code from a one-row query on its own connection. The per-field line
-// goes into the hidden trace on every call; the debug switch of the command bar shows it.
+// Reads each field's ADO type code from a one-row query on its own connection, tracing one line per
+// field in debug mode.
 void DNA::ReadFieldTypes() {
   auto rs = std::make_shared<ado::Recordset>();
   rs->Open("select top 1 " + strItemEnglish + " from " + strTable, Variant(strConn), ado::adOpenKeyset,
            -1, -1);
   for (int32_t i = 0; i <= aEnglish.UBound(); ++i) {
     aFieldType[i] = Variant(static_cast<int32_t>(rs->FieldType(aEnglish[i])));
-    WriteTrace(aEnglish[i] + ":" + aFieldType[i].Text() + "<br>");
+    if (bDebug) WriteTrace(aEnglish[i] + ":" + aFieldType[i].Text() + "<br>");
   }
   rs->Close();
 }
 
 void DNA::DispForm(Variant& action) {
-  const std::string act = action.ToString();
-  std::string word = act == "update" ? "修改" : act == "insert" ? "添加" : act == "search" ? "查询" : "";
+  const std::string act = action.Text();
+  const bool update = EqualsLiteral(action, "update"), search = EqualsLiteral(action, "search");
+  std::string word = update ? "修改" : EqualsLiteral(action, "insert") ? "添加" : search ? "查询" : "";
   ReadFieldTypes();
 
   std::string sql;
-  if (act == "update") {
+  if (update) {
     // The object's own filter is narrowed for good: later calls build on it.
     const std::string key = strItemKeyName + "=" + nItemKeyValue.Text();
     strWhere = strWhere.empty() ? " where " + key : strWhere + " and " + key;
@@ -48,7 +49,7 @@ void DNA::DispForm(Variant& action) {
     if (!objRs->Eof())
       for (int32_t i = 0; i <= aEnglish.UBound(); ++i) aValue[i] = objRs->Field(aEnglish[i]);
     objRs.reset();
-  } else if (act == "insert2") {
+  } else if (EqualsLiteral(action, "insert2")) {
     for (int32_t i = 0; i <= aValue.UBound(); ++i) aValue[i] = Variant("");
     word = "添加";
   }
@@ -75,7 +76,7 @@ void DNA::DispForm(Variant& action) {
     if (!secondOfRow) out.Write("<tr><td class=t2></td>");
     out.Write("<td align=right class=lable>" + aChinese[i] + "</td><td class=input>");
     if (Trim(name) == Trim(aCodeSQL[i])) {
-      if (Equals(aFieldType[i], Variant(int32_t{ado::adDBTimeStamp}))) {
+      if (EqualsLiteral(aFieldType[i], ado::adDBTimeStamp)) {
         const std::string n = std::to_string(++calendars);
         // A Null date stays as it is (its trimmed text is Null, not empty).
         if (!aValue[i].IsNull() && Trim(aValue[i].Text()).empty()) aValue[i] = SessionValue("sc_curdate");
@@ -105,7 +106,7 @@ void DNA::DispForm(Variant& action) {
         out.Write("<input type='hidden' name='" + name + "' value='" + value.Text() + "'>");
       } else {
         out.Write("<select name='" + name + "' >");
-        if (act == "search") out.Write("<option></option>");
+        if (search) out.Write("<option></option>");
         out.Write(SelectForm(Variant(aCodeSQL[i]), aValue[i]));
         out.Write(kCrLf + "</select></td>");
       }

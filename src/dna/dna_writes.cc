@@ -17,7 +17,7 @@ ado::Connection& Conn(const std::shared_ptr<ado::Connection>& objConn) {
   return *objConn;
 }
 
-bool IsIntegerType(const Variant& type) { return Equals(type, Variant(int32_t{ado::adInteger})); }
+bool IsIntegerType(const Variant& type) { return EqualsLiteral(type, ado::adInteger); }
 
 // Drops the last character, as Left(s, Len(s) - 1) does.
 std::string DropLast(const std::string& s, int32_t count = 1) { return Left(s, Len(s) - count); }
@@ -70,7 +70,7 @@ Variant DNA::Update() {
   }
   // With no value given this drops the blank after "set" and the database rejects the statement.
   sql = DropLast(sql) + KeyCondition();
-  WriteTrace(sql);
+  if (bDebug) WriteTrace(sql);
   Conn(objConn).Execute(sql, -1);
   return {};
 }

@@ -67,7 +67,7 @@ Variant Permission::delGroup(Variant& groupID) {
 }
 
 Variant Permission::SavePermission(Variant& permissionGroupID, Variant& permitSetStr) {
-  if (Equals(permissionGroupID, Variant(""))) return Variant("权限修改失败");
+  if (EqualsLiteral(permissionGroupID, "")) return Variant("权限修改失败");
   // The old rights go first, then one insert per element, empty elements too. There is no
   // transaction: a failing insert raises and leaves the rows inserted before it.
   const std::string group = permissionGroupID.Text();
@@ -79,7 +79,7 @@ Variant Permission::SavePermission(Variant& permissionGroupID, Variant& permitSe
 }
 
 Variant Permission::SavePerson(Variant& permissionGroupID, Variant& permitSetStr) {
-  if (Equals(permissionGroupID, Variant(""))) return Variant("人员修改失败");
+  if (EqualsLiteral(permissionGroupID, "")) return Variant("人员修改失败");
   const std::string group = permissionGroupID.Text();
   Execute(" delete from accessPerson where accessgroupid=" + group);
   for (const std::string& personID : Split(permitSetStr.ToString(), ","))

@@ -28,7 +28,7 @@ void AppendOption(std::string& out, const ado::Recordset& row, int level) {
 }
 
 // The superuser sees every menu of the system; the name is compared exactly.
-bool IsSuperuser(const Variant& personName) { return Equals(personName, Variant("sysop")); }
+bool IsSuperuser(const Variant& personName) { return EqualsLiteral(personName, "sysop"); }
 
 }  // namespace
 

@@ -172,6 +172,14 @@ bool Equals(const Variant& a, const Variant& b) {
   return c && *c == 0;
 }
 
+bool EqualsLiteral(const Variant& v, double literal) { return !v.IsNull() && ToNumber(v) == literal; }
+
+bool EqualsLiteral(const Variant& v, std::string_view literal) {
+  if (v.IsNull()) return false;
+  if (const std::string* s = v.StringPtr()) return *s == literal;
+  return v.Text() == literal;
+}
+
 std::string Concat(std::initializer_list<Variant> parts) {
   std::string out;
   for (const Variant& p : parts) {

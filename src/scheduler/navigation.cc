@@ -105,7 +105,7 @@ constexpr std::array<Tabs, 6> kTabs{{
 Variant scheduler::DispSwitch(Variant& dtDate, Variant& pID, Variant& strWhich) {
   const Tabs* tabs = nullptr;
   for (const Tabs& t : kTabs) {
-    if (Equals(strWhich, Variant(t.which))) {
+    if (EqualsLiteral(strWhich, t.which)) {
       tabs = &t;
       break;
     }

@@ -126,7 +126,7 @@ TEST_F(Navigation, ScriptOpensTheEditorOnOwnCalendarOnly) {
 
 TEST_F(Navigation, StyleSheetForTypeOneOrNoType) {
   scheduler& s = Open();
-  for (Variant type : {Variant(1), Variant(""), Variant(), Variant(1.0)}) {
+  for (Variant type : {Variant(1), Variant(""), Variant(), Variant(1.0), Variant("1"), Variant(" 1 ")}) {
     size_t before = page->Writes().size();
     s.SetDispStyle(type);
     ASSERT_EQ(page->Writes().size(), before + 1) << DebugString(type);
@@ -138,10 +138,13 @@ TEST_F(Navigation, StyleSheetForTypeOneOrNoType) {
     EXPECT_EQ(lines[14], ".page a{ width:100%;color:black;FONT-SIZE: small;text-decoration: none}");
     EXPECT_EQ(lines[15], "</style>");
   }
-  for (Variant type : {Variant(2), Variant("1 "), Variant::Null()}) {
+  for (Variant type : {Variant(2), Variant("2"), Variant::Null()}) {
     s.SetDispStyle(type);
     EXPECT_EQ(page->Writes().back(), "") << DebugString(type);
   }
+  // Text that is no number cannot be compared with the type number.
+  Variant word("abc");
+  EXPECT_EQ(corvane::testing::ErrorNumber([&] { s.SetDispStyle(word); }), 13);
 }
 
 }  // namespace

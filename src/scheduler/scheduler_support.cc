@@ -11,9 +11,9 @@
 namespace corvane::scheduling {
 
 std::string LocationClass(const Variant& type1ID) {
-  if (Equals(type1ID, Variant(2))) return "Beijing";
-  if (Equals(type1ID, Variant(3))) return "Outside";
-  if (Equals(type1ID, Variant(4))) return "Aboad";
+  if (EqualsLiteral(type1ID, 2)) return "Beijing";
+  if (EqualsLiteral(type1ID, 3)) return "Outside";
+  if (EqualsLiteral(type1ID, 4)) return "Aboad";
   return "Office";
 }
 

@@ -28,12 +28,11 @@ constexpr std::string_view kRules[] = {
 }  // namespace
 
 // Type 1, or none given (Empty counts as empty text), writes the sheet; any other type writes an
-// empty text.
+// empty text. The blank test comes first: empty text is no number, and the numeric comparison with 1
+// would refuse it (13), as it refuses any other text that is not a number.
 void scheduler::SetDispStyle(Variant& nType) {
-  bool isOne = Equals(nType, Variant(1));
-  bool isBlank = Equals(nType, Variant(""));
   std::string sheet;
-  if (isOne || isBlank) {
+  if (EqualsLiteral(nType, "") || EqualsLiteral(nType, 1)) {
     sheet = "<style>" + std::string(scheduling::kCrLf);
     for (std::string_view rule : kRules) sheet += std::string(rule) + std::string(scheduling::kCrLf);
     sheet += "</style>" + std::string(scheduling::kCrLf);

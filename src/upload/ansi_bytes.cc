@@ -7,7 +7,6 @@
 
 #include "corvane/codepage.h"
 #include "corvane/error.h"
-#include "upload/byte_string.h"
 
 namespace corvane::upload {
 
@@ -91,15 +90,14 @@ class DoubleByteTable {
 };
 
 DoubleByteTable* TableFor(int codePage) {
-  static DoubleByteTable gbk(kCodePageGbk), utf8(kCodePageUtf8);
-  if (codePage == kCodePageGbk) return &gbk;
-  if (codePage == kCodePageUtf8) return &utf8;
-  return nullptr;
+  static DoubleByteTable gbk(kCodePageGbk);
+  return codePage == kCodePageGbk ? &gbk : nullptr;
 }
 
 }  // namespace
 
 std::string StringToBytes(std::string_view text, int codePage) {
+  if (codePage == kCodePageUtf8) return EncodeCodePage(text, codePage);
   std::string out;
   ForEachUnit(text, [&](const Unit& u) {
     // Both code pages keep ASCII as it is: its code is the character's own, below 256.
@@ -125,6 +123,7 @@ std::string StringToBytes(std::string_view text, int codePage) {
 }
 
 std::string BytesToString(std::string_view bytes, int codePage) {
+  if (codePage == kCodePageUtf8) return DecodeCodePage(bytes, codePage);
   std::string out;
   out.reserve(bytes.size());
   DoubleByteTable* table = TableFor(codePage);
@@ -151,10 +150,6 @@ std::string BytesToString(std::string_view bytes, int codePage) {
     i += 2;
   }
   return out;
-}
-
-int64_t CountNameMarks(std::string_view body, int codePage) {
-  return static_cast<int64_t>(CountBytes(body, "; name="));
 }
 
 }  // namespace corvane::upload

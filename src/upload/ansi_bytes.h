@@ -1,9 +1,13 @@
 // The upload's conversions between text and byte strings in the host's "ANSI" code page.
 //
-// They work character by character, as the upload always has, rather than through a whole-string
-// conversion: a double-byte character becomes its lead and trail byte, and bytes become text two at
-// a time whenever the first is above 127, whatever the second is. Text is UTF-8; characters are
-// UTF-16 code units, as the platform's text functions count them.
+// Under GBK they work character by character, as the upload always has, rather than through a
+// whole-string conversion: a double-byte character becomes its lead and trail byte, and bytes become
+// text two at a time whenever the first is above 127, whatever the second is. Text is UTF-8;
+// characters are UTF-16 code units, as the platform's text functions count them.
+//
+// Under UTF-8 (65001) a character is its whole UTF-8 sequence, however many bytes it takes: text
+// becomes its own bytes and bytes become the characters they spell, so that names and values
+// round-trip. A byte that begins no valid sequence becomes "?".
 #pragma once
 
 #include <cstdint>
@@ -23,10 +27,5 @@ std::string StringToBytes(std::string_view text, int codePage);
 // the character with that code. A byte above 127 in the last place has no partner and raises 5,
 // as reading the byte past the end does.
 std::string BytesToString(std::string_view bytes, int codePage);
-
-// The number of "; name=" in the text that the whole body becomes in the code page, counted on the
-// raw bytes without converting them. (Neither ";" nor " " can be the second byte of a double-byte
-// character, so every "; name=" in the bytes is one in the text as well.)
-int64_t CountNameMarks(std::string_view body, int codePage);
 
 }  // namespace corvane::upload

@@ -169,8 +169,10 @@ int32_t SystemInit::Parse(int32_t lngMaxSize, std::string ServerPath, int16_t ln
   const std::string_view divider = LeftB(body, dividerLen);
   const std::string_view boundary = LeftB(divider, LenB(divider) - 2);
 
-  // The count of "; name=" (on the raw bytes: see CountNameMarks) and, in the same pass over the
-  // body, the places of the boundary for the searches below.
+  // The count of "; name=" and, in the same pass over the body, the places of the boundary for the
+  // searches below. The count is taken on the raw bytes: neither ";" nor " " can be the second byte
+  // of a GBK character, and UTF-8 never hides ASCII inside a sequence, so every "; name=" in the
+  // bytes is one in the text the body becomes.
   upload::MarkScan marks = upload::ScanMarks(body, "; name=", boundary, kBoundaryPlaces);
   count_ = static_cast<int32_t>(marks.counted);
   // (The stops come before the arrays are sized: a count above 255 is never used to size them.)
