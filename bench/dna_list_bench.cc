@@ -124,7 +124,8 @@ const char* kCodeSQL = "id;name;select deptName,deptID from dept;pay";
 // One page view as a site page does it; answers the bytes written.
 size_t DnaPage(const Case& c, corvane::host::Session& session) {
   corvane::host::Page page(
-      corvane::host::PageRequest{.url = "/big.asp", .queryString = "page=" + std::to_string(c.page)}, session);
+      corvane::host::PageRequest{.url = "/big.asp", .queryString = "page=" + std::to_string(c.page)}, session,
+      corvane::host::PageHost{.createObject = corvane::CreateObject});
   auto dna = page.Server().CreateObject("corvane.DNA").As<corvane::DNA>();
   Variant conn("Provider=SQLite;Data Source=" + c.file.string()), sql(kListSQL), captions("编号,姓名,部门,工资");
   dna->OpenDNA(conn, sql, captions);

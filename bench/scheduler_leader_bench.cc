@@ -106,7 +106,8 @@ const Variant kCond("person.personID>0");
 // A page of the leader month, with the scheduler connected.
 struct LeaderPage {
   corvane::host::Session session;
-  corvane::host::Page page{corvane::host::PageRequest{.url = "/scheduler/leaderMonth.asp"}, session};
+  corvane::host::Page page{corvane::host::PageRequest{.url = "/scheduler/leaderMonth.asp"}, session,
+                           corvane::testing::LibraryHost()};
   std::shared_ptr<corvane::scheduler> s;
 
   LeaderPage() {

@@ -60,7 +60,7 @@ void Run(benchmark::State& state, Work work, int which) {
     host::Session session;
     auto page = std::make_unique<host::Page>(
         host::PageRequest{.url = "/upload.asp", .contentType = "multipart/form-data; boundary=" + kBoundary, .body = body},
-        session);
+        session, host::PageHost{.createObject = CreateObject});
     auto up = page->Server().CreateObject("corvane.SystemInit").As<SystemInit>();
     up->UpToFile(2);
     up->MaxSize(1 << 30);

@@ -94,7 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                                       .contentType = "multipart/form-data; boundary=x",
                                       .body = std::string(input),
                                       .codePage = codePage},
-                    session);
+                    session, host::PageHost{.createObject = CreateObject});
     auto up = page.Server().CreateObject("corvane.SystemInit").As<SystemInit>();
     if (flags & 0x01) up->OverWrite(static_cast<int16_t>(a % 4));
     if (flags & 0x02) up->MaxSize(static_cast<int32_t>(b) - 8);

@@ -11,6 +11,7 @@
 #include <mutex>
 #include <stdexcept>
 
+#include "corvane/text.h"
 #include "page_runner.h"
 #include "session_store.h"
 #include "static_files.h"
@@ -38,14 +39,6 @@ std::string CookieValue(std::string_view header, std::string_view name) {
 namespace {
 
 constexpr std::string_view kRawPrefix = "corvane-raw/";
-
-bool EqualsNoCase(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i)
-    if (std::tolower(static_cast<unsigned char>(a[i])) != std::tolower(static_cast<unsigned char>(b[i])))
-      return false;
-  return true;
-}
 
 bool StartsNoCase(std::string_view s, std::string_view prefix) {
   return s.size() >= prefix.size() && EqualsNoCase(s.substr(0, prefix.size()), prefix);
@@ -78,6 +71,12 @@ std::vector<std::pair<std::string, std::string>> ServerVariablesOf(const httplib
   return vars;
 }
 
+// An error line on stderr, whole even when several threads write at once.
+void LogError(const std::string& line) {
+  std::fprintf(stderr, "%s\n", line.c_str());
+  std::fflush(stderr);
+}
+
 void LogLine(const httplib::Request& req, const httplib::Response& res) {
   static std::mutex mu;
   std::time_t now = std::time(nullptr);
@@ -97,7 +96,7 @@ void LogLine(const httplib::Request& req, const httplib::Response& res) {
 struct HttpServer::Impl {
   ServerOptions options;
   PageRegistry pages;
-  std::shared_ptr<host::Application> application;
+  host::PageHost pageHost;
   std::vector<std::string> secrets;
   SessionStore sessions;
   StaticFiles files;
@@ -105,8 +104,8 @@ struct HttpServer::Impl {
   int port = -1;
   std::atomic<bool> runEntered{false}, stopRequested{false};
 
-  Impl(ServerOptions o, PageRegistry p, std::shared_ptr<host::Application> a, std::vector<std::string> s)
-      : options(std::move(o)), pages(std::move(p)), application(std::move(a)), secrets(std::move(s)),
+  Impl(ServerOptions o, PageRegistry p, host::PageHost h, std::vector<std::string> s)
+      : options(std::move(o)), pages(std::move(p)), pageHost(std::move(h)), secrets(std::move(s)),
         sessions(std::chrono::minutes(options.sessionTimeoutMinutes)), files(options.site) {
     const int threads = options.threads;
     http.new_task_queue = [threads] { return new httplib::ThreadPool(static_cast<size_t>(threads)); };
@@ -138,7 +137,7 @@ struct HttpServer::Impl {
         what = e.what();
       } catch (...) {
       }
-      std::fprintf(stderr, "corvane-server: internal error: %s\n", what.c_str());
+      LogError("corvane-server: internal error: " + what);
       res.status = 500;
       res.set_content("<html><body><h2>500 服务器内部错误 (internal server error)</h2></body></html>",
                       "text/html; charset=utf-8");
@@ -185,8 +184,9 @@ struct HttpServer::Impl {
                               .method = req.method,
                               .codePage = options.codePage,
                               .serverVariables = ServerVariablesOf(req)};
-    PageReply reply = RunPage(page, std::move(request), lease.Session(), application, secrets);
-    if (lease.Session().ptr()->renewId) sessions.Renew(lease);
+    PageReply reply = RunPage(page, std::move(request), lease.Session(), pageHost, secrets);
+    for (const host::EndPageError& e : reply.endPageErrors) LogError(EndPageErrorLine(req.path, e));
+    if (lease.Session().ptr()->NewIDRequested()) sessions.Renew(lease);
     if (lease.IsNew())
       res.set_header("Set-Cookie", std::string(kSessionCookie) + "=" + lease.Id() +
                                        "; Path=/; HttpOnly; SameSite=Lax");
@@ -197,12 +197,11 @@ struct HttpServer::Impl {
   }
 };
 
-HttpServer::HttpServer(ServerOptions options, PageRegistry pages,
-                       std::shared_ptr<host::Application> application, std::vector<std::string> secrets)
-    : impl_(std::make_unique<Impl>(std::move(options), std::move(pages),
-                                   application ? std::move(application)
-                                               : std::make_shared<host::Application>(),
-                                   std::move(secrets))) {}
+HttpServer::HttpServer(ServerOptions options, PageRegistry pages, host::PageHost pageHost,
+                       std::vector<std::string> secrets) {
+  if (!pageHost.application) pageHost.application = std::make_shared<host::Application>();
+  impl_ = std::make_unique<Impl>(std::move(options), std::move(pages), std::move(pageHost), std::move(secrets));
+}
 
 HttpServer::~HttpServer() = default;
 

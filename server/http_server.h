@@ -23,8 +23,9 @@ std::string CookieValue(std::string_view cookieHeader, std::string_view name);
 class HttpServer {
  public:
   // `secrets` are texts (the connection string, the database file) that must never reach an error
-  // page. `application` is shared by every page (the pages keep their settings in it).
-  HttpServer(ServerOptions options, PageRegistry pages, std::shared_ptr<host::Application> application,
+  // page. `pageHost` gives every page its Application (shared by all pages, which keep their
+  // settings in it; a new one when none is given) and the class factory of Server.CreateObject.
+  HttpServer(ServerOptions options, PageRegistry pages, host::PageHost pageHost,
              std::vector<std::string> secrets = {});
   ~HttpServer();
   HttpServer(const HttpServer&) = delete;

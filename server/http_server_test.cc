@@ -75,7 +75,7 @@ class HttpServerTest : public ::testing::Test {
     o.threads = 8;
     o.maxBodyBytes = 4096;
     o.accessLog = false;
-    server_ = std::make_unique<HttpServer>(o, TestPages(), nullptr,
+    server_ = std::make_unique<HttpServer>(o, TestPages(), host::PageHost{},
                                            std::vector<std::string>{"Provider=SQLite;Data Source=/secret/office.db"});
     port_ = server_->Bind();
     thread_ = std::thread([this] { server_->Run(); });

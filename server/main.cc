@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "corvane/error.h"
+#include "corvane/registry.h"
 #include "http_server.h"
 #include "options.h"
 #include "site.h"
@@ -15,6 +16,16 @@
 namespace {
 
 using corvane::server::ServerOptions;
+
+// The site's static files: the source tree's site/www for a build, share/corvane/www beside an
+// installed binary (<prefix>/bin/corvane-server).
+std::string DefaultSiteDir() {
+  namespace fs = std::filesystem;
+  std::error_code ec;
+  if (fs::is_directory(CORVANE_DEFAULT_SITE_DIR, ec)) return CORVANE_DEFAULT_SITE_DIR;
+  fs::path exe = fs::read_symlink("/proc/self/exe", ec);
+  return (exe.parent_path().parent_path() / "share" / "corvane" / "www").string();
+}
 
 int Serve(const ServerOptions& o) {
   namespace fs = std::filesystem;
@@ -38,7 +49,8 @@ int Serve(const ServerOptions& o) {
     secrets.push_back(dbFile);
     secrets.push_back(fs::absolute(dbFile).string());
   }
-  corvane::server::HttpServer server(o, std::move(pages), application, secrets);
+  corvane::server::HttpServer server(o, std::move(pages), {.application = application, .createObject = corvane::CreateObject},
+                                     secrets);
   int port = server.Bind();
 
   // SIGTERM and SIGINT are taken by one thread that stops the server; the workers never see them.
@@ -89,7 +101,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "corvane-server: %s\n", e.what());
     return 2;
   }
-  if (options.site.empty()) options.site = CORVANE_DEFAULT_SITE_DIR;
+  if (options.site.empty()) options.site = DefaultSiteDir();
   try {
     return Serve(options);
   } catch (const corvane::Error& e) {

@@ -13,7 +13,8 @@ struct ServerOptions {
   // Address to listen on. Loopback by default: the demo site has no TLS and its sign-in is a demo.
   std::string bind = "127.0.0.1";
   // Folder of the site's static files (style sheet, scripts, images). Empty means the site/www folder
-  // of the source tree the binary was built from, so a fresh build runs without arguments.
+  // of the source tree the binary was built from, so a fresh build runs without arguments, or
+  // share/corvane/www beside an installed binary.
   std::string site;
   // The database: an ADO-style connection string ("Provider=SQLite;Data Source=x.db", "DSN=...",
   // "Driver=...;...") or the path of a SQLite file. Default: a SQLite file under ./data, created and
@@ -26,7 +27,7 @@ struct ServerOptions {
   // Empty leaves the environment as it is (the platform's default is ./drives).
   std::string drives;
   // Worker threads. A worker serves one connection at a time for as long as the client keeps it alive
-  // (20 requests or 3 idle seconds at most), so this is the number of connections served at once;
+  // (1000 requests or 3 idle seconds at most), so this is the number of connections served at once;
   // more wait their turn. Must be at least 1.
   int threads = 64;
   // Minutes a session may stay idle before it is dropped. Must be at least 1.

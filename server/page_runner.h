@@ -17,17 +17,18 @@ struct PageReply {
   int status = 200;
   std::string contentType;  // with the charset for text
   std::string body;         // bytes in the code page
-  std::vector<std::pair<std::string, std::string>> headers;  // Response.AddHeader and Location
+  host::Headers headers;    // Response.AddHeader and Location
+  // Errors that objects raised in their OnEndPage once the page was written: the page is served as
+  // written, and the host logs these.
+  std::vector<host::EndPageError> endPageErrors;
 };
 
-// "gbk" for 936, "utf-8" for 65001.
-std::string CharsetOf(int codePage);
-
-// A corvane::Error raised by the page (or by its end) gives the error page with status 500; the
-// page's output so far is dropped. Every text in `secrets` is kept out of the error page. Other
-// exceptions are rethrown.
+// A corvane::Error raised by the page gives the error page with status 500; the page's output so far
+// is dropped. Every text in `secrets` is kept out of the error page. Other exceptions are rethrown.
 PageReply RunPage(const PageFunction& page, host::PageRequest request, host::Session session,
-                  std::shared_ptr<host::Application> application,
-                  const std::vector<std::string>& secrets = {});
+                  host::PageHost pageHost, const std::vector<std::string>& secrets = {});
+
+// The log line of an error in OnEndPage: the page, the object's class, the number and the description.
+std::string EndPageErrorLine(const std::string& url, const host::EndPageError& e);
 
 }  // namespace corvane::server

@@ -70,7 +70,7 @@ SessionStore::Lease SessionStore::Acquire(std::string_view id) {
       key = UnusedId();
       entry = std::make_shared<Entry>();
       entry->session = std::make_shared<host::SessionObject>();
-      entry->session->id = key;
+      entry->session->AssignID(key);
       entry->lastUsed = now;
       sessions_.emplace(key, entry);
       isNew = true;
@@ -102,8 +102,7 @@ void SessionStore::Renew(Lease& lease) {
   sessions_.erase(lease.id_);
   std::string key = UnusedId();
   sessions_.emplace(key, lease.entry_);
-  lease.entry_->session->id = key;
-  lease.entry_->session->renewId = false;
+  lease.entry_->session->AssignID(key);
   lease.id_ = std::move(key);
   lease.isNew_ = true;
 }

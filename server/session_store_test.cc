@@ -46,7 +46,7 @@ TEST(SessionStoreTest, ACookieFindsItsSessionAndUnknownOnesStartNewSessions) {
     auto lease = store.Acquire(id);
     EXPECT_FALSE(lease.IsNew());
     EXPECT_EQ(lease.Session().Get("PERSONID").ToLong(), 3);
-    EXPECT_EQ(lease.Session().ptr()->id, id);
+    EXPECT_EQ(lease.Session().ptr()->SessionID(), id);
   }
   {
     // A well-formed id that the store never gave out is not adopted: a new id is issued.
@@ -68,12 +68,12 @@ TEST(SessionStoreTest, ARenewedSessionKeepsItsValuesUnderANewIdOnly) {
   {
     auto lease = store.Acquire(before);
     lease.Session().Set("personID", Variant(7));
-    lease.Session().ptr()->renewId = true;
+    lease.Session().ptr()->RequestNewID();
     store.Renew(lease);
     after = lease.Id();
     EXPECT_TRUE(lease.IsNew());  // the response must send the new cookie
-    EXPECT_EQ(lease.Session().ptr()->id, after);
-    EXPECT_FALSE(lease.Session().ptr()->renewId);
+    EXPECT_EQ(lease.Session().ptr()->SessionID(), after);
+    EXPECT_FALSE(lease.Session().ptr()->NewIDRequested());
   }
   EXPECT_NE(after, before);
   EXPECT_TRUE(IsWellFormedSessionId(after));

@@ -1,15 +1,21 @@
-// Shared helpers for tests: scratch files and small SQLite databases.
+// Shared helpers for tests: scratch files, golden files, error numbers, small SQLite databases.
 #pragma once
+
+#include <unistd.h>
 
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <initializer_list>
+#include <sstream>
+#include <stdexcept>
 #include <string>
-#include <unistd.h>
 
 #include "corvane/ado.h"
 #include "corvane/error.h"
+#include "corvane/host.h"
+#include "corvane/registry.h"
 
 namespace corvane::testing {
 
@@ -23,6 +29,24 @@ inline std::filesystem::path ScratchPath(const std::string& name) {
   return dir / (std::to_string(counter++) + "-" + name);
 }
 
+// The expected text kept in a golden file, `path` relative to the source tree
+// ("src/dna/golden/list.html"). The components end every line with CR LF; a golden file keeps plain
+// line ends and one more at its end, so that it reads well and diffs cleanly: the file's last "\n"
+// is dropped and every other "\n" stands for "\r\n".
+inline std::string Golden(const std::string& path) {
+  std::ifstream in(std::string(CORVANE_SOURCE_DIR) + "/" + path, std::ios::binary);
+  if (!in) throw std::runtime_error("no golden file " + path);
+  std::stringstream text;
+  text << in.rdbuf();
+  std::string lf = text.str(), out;
+  if (!lf.empty() && lf.back() == '\n') lf.pop_back();
+  for (char c : lf) {
+    if (c == '\n') out += '\r';
+    out += c;
+  }
+  return out;
+}
+
 // The platform error number that `f` raises; 0 when it raises none.
 template <class F>
 int32_t ErrorNumber(F&& f) {
@@ -33,6 +57,9 @@ int32_t ErrorNumber(F&& f) {
   }
   return 0;
 }
+
+// What a page host gives its pages: here, the library's classes for Server.CreateObject.
+inline host::PageHost LibraryHost() { return {.createObject = CreateObject}; }
 
 // A new, empty SQLite database file, with its connection string.
 struct ScratchDatabase {

@@ -39,7 +39,10 @@ namespace corvane::ado {
 namespace detail {
 class ConnectionImpl;
 class RecordsetImpl;
+struct Access;  // the data layer's own way in (drivers, late binding)
 }  // namespace detail
+
+class Field;
 
 enum TypeCode : int {
   adEmpty = 0, adSmallInt = 2, adInteger = 3, adDouble = 5, adBoolean = 11, adBigInt = 20,
@@ -49,16 +52,11 @@ enum TypeCode : int {
 enum CursorType : int { adOpenUnspecified = -1, adOpenForwardOnly = 0, adOpenKeyset = 1,
                         adOpenDynamic = 2, adOpenStatic = 3 };
 
-// Rewrites one statement of SQL Server's dialect for SQLite (see above); refuses an empty "in ()"
-// list with SQL Server's error, as the database the components were written for does.
-std::string AdaptForSqlite(std::string_view sql);
-
 class Connection : public Dispatch {
  public:
   Connection();
   ~Connection() override;
   const ClassInfo& Info() const override;
-  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
 
   // Opens the connection; a pooled handle for the same string is reused. Raises on a bad string or an
   // unreachable database. Opening an open connection raises 3705.
@@ -73,9 +71,11 @@ class Connection : public Dispatch {
   // statement that changes none). On a closed connection raises 3709.
   int32_t Execute(std::string_view sql, int options = -1);
 
-  detail::ConnectionImpl* impl() const { return impl_.get(); }
+  // A property of the closed connection: the string Open uses when it is given none.
+  void SetConnectionString(std::string connectionString);
 
  private:
+  friend struct detail::Access;
   std::shared_ptr<detail::ConnectionImpl> impl_;
   std::string connectionString_;
 };
@@ -85,7 +85,6 @@ class Recordset : public Dispatch {
   Recordset();
   ~Recordset() override;
   const ClassInfo& Info() const override;
-  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
 
   // Opens on a select statement. `activeConnection` is an open Connection (an Object Variant) or a
   // connection string (a pooled connection is opened for the recordset's life). Cursor types 1 and
@@ -100,6 +99,9 @@ class Recordset : public Dispatch {
             int cursorType = -1, int lockType = -1, int options = -1);
   void Close();  // raises 3704 when not open
   bool IsOpen() const;
+  // The statement the recordset is open on, as the caller gave it (before the dialect adapter saw it);
+  // "" when closed.
+  const std::string& Source() const;
 
   // "EOF" is a macro of <cstdio>, hence the spelling; late-bound callers use "EOF".
   bool Eof() const;
@@ -128,9 +130,11 @@ class Recordset : public Dispatch {
   int32_t PageCount() const;
   int32_t RecordCount() const;
 
-  detail::RecordsetImpl* impl() const { return impl_.get(); }
+  // The Field object of Fields(name or index) of the current row; at EOF one whose Value raises 3021.
+  std::shared_ptr<ado::Field> FieldObject(const Variant& nameOrIndex) const;
 
  private:
+  friend struct detail::Access;
   std::unique_ptr<detail::RecordsetImpl> impl_;
 };
 
@@ -143,7 +147,6 @@ class Field : public Dispatch {
   // raises 3021.
   static std::shared_ptr<Field> WithoutRecord(std::string name, int type);
   const ClassInfo& Info() const override;
-  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
 
   const std::string& Name() const { return name_; }
   int Type() const { return type_; }
@@ -158,5 +161,6 @@ class Field : public Dispatch {
 
 const ClassInfo& ConnectionClass();
 const ClassInfo& RecordsetClass();
+const ClassInfo& FieldClass();
 
 }  // namespace corvane::ado

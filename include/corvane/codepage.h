@@ -27,5 +27,8 @@ uint32_t AnsiCode(std::string_view ch, int codePage = kCodePageGbk);
 std::string CharFromAnsiCode(uint32_t code, int codePage = kCodePageGbk);
 
 bool IsSupportedCodePage(int codePage);
+// The charset name of a supported code page, as HTTP and HTML name it: "gbk" for 936, "utf-8" for
+// 65001.
+std::string CharsetName(int codePage);
 
 }  // namespace corvane

@@ -1,5 +1,5 @@
-// The public facade of corvane: values, objects, host objects, data access and the platform's
-// text, date, code page and drive path functions.
+// The public facade of corvane: values, objects and the class registry, host objects, data access and
+// the platform's text, date, code page and drive path functions.
 #pragma once
 
 #include "corvane/ado.h"
@@ -9,5 +9,6 @@
 #include "corvane/error.h"
 #include "corvane/host.h"
 #include "corvane/object.h"
+#include "corvane/registry.h"
 #include "corvane/text.h"
 #include "corvane/variant.h"

@@ -2,9 +2,11 @@
 //
 // The same objects serve corvane-server and the tests. A Page binds them to one request: it decodes
 // the query string and an urlencoded body in the request's code page, collects every Response.Write,
-// and at its end calls OnEndPage on each object that Server.CreateObject attached to it.
+// creates objects for Server.CreateObject through the class factory its host gives it, and at its end
+// calls OnEndPage on each object that Server.CreateObject attached to it.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -14,12 +16,19 @@
 #include <vector>
 
 #include "corvane/codepage.h"
+#include "corvane/error.h"
 #include "corvane/object.h"
 #include "corvane/variant.h"
 
 namespace corvane::host {
 
 class ScriptingContext;
+
+// Creates an object by ProgID or CLSID for Server.CreateObject (corvane::CreateObject of
+// corvane/registry.h has this shape); it raises 429 for a name it does not know.
+using ClassFactory = std::function<Object(std::string_view progID)>;
+
+using Headers = std::vector<std::pair<std::string, std::string>>;
 
 // A name/value collection as Request.Form and Request.QueryString present it: names are matched
 // case-insensitively, a missing name gives Empty, a repeated name gives its values joined by ", ".
@@ -44,9 +53,8 @@ class Request : public Dispatch {
  public:
   Request(std::string url, std::string queryString, std::string contentType, std::string body,
           std::string method, int codePage,
-          std::vector<std::pair<std::string, std::string>> serverVariables = {});
+          Headers serverVariables = {});
   const ClassInfo& Info() const override;
-  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
 
   Variant Form(std::string_view name) const;
   Variant QueryString(std::string_view name) const;
@@ -67,7 +75,7 @@ class Request : public Dispatch {
  private:
   std::string url_, queryString_, contentType_, body_, method_;
   int codePage_;
-  std::vector<std::pair<std::string, std::string>> serverVariables_;
+  Headers serverVariables_;
   ValueCollection form_, query_;
   size_t readPos_ = 0;
 };
@@ -75,7 +83,6 @@ class Request : public Dispatch {
 class Response : public Dispatch {
  public:
   const ClassInfo& Info() const override;
-  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
 
   // Writes the text form of any value (Null and Empty write nothing); an Object raises 13.
   void Write(const Variant& v);
@@ -83,19 +90,26 @@ class Response : public Dispatch {
   void Write(const std::string& utf8) { Write(std::string_view(utf8)); }
   void Write(const char* utf8) { Write(std::string_view(utf8)); }
   void BinaryWrite(const Bytes& bytes);  // raw bytes, sent as they are
+  // Sends the browser to `url` (status 302).
   void Redirect(std::string url);
   void AddHeader(std::string name, std::string value);
+  void SetContentType(std::string type);
 
-  int status = 200;
-  std::string contentType = "text/html";
-  std::string redirect;  // set by Redirect
-  std::vector<std::pair<std::string, std::string>> headers;
+  // What the page set, for the host that sends the reply.
+  int Status() const { return status_; }
+  const std::string& ContentType() const { return contentType_; }  // "text/html" unless set
+  const std::string& RedirectLocation() const { return redirect_; }  // "" unless Redirect
+  const Headers& AddedHeaders() const { return headers_; }
 
   const std::vector<std::string>& Writes() const { return writes_; }
   std::string Output() const;  // UTF-8 text writes joined (binary writes excluded)
   const std::string& Binary() const { return binary_; }
 
  private:
+  int status_ = 200;
+  std::string contentType_ = "text/html";
+  std::string redirect_;
+  Headers headers_;
   std::vector<std::string> writes_;
   std::string binary_;
 };
@@ -104,20 +118,26 @@ class Response : public Dispatch {
 class SessionObject : public Dispatch {
  public:
   const ClassInfo& Info() const override;
-  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
 
   Variant Get(std::string_view key) const;
   void Set(std::string_view key, Variant value);
   void Remove(std::string_view key);
   void Clear();
   std::vector<std::string> Keys() const;
-  std::string id;  // the host's session id ("" in tests)
-  // Set by a page that changes who the session belongs to (sign-in): after the page the host moves
-  // the session to a new id and sends the new cookie, so an id known before the change is worthless.
-  bool renewId = false;
+
+  // The host's id of the session (Session.SessionID; "" in tests). The host assigns it.
+  std::string SessionID() const;
+  void AssignID(std::string id);
+  // Asked by a page that changes who the session belongs to (sign-in): after the page the host moves
+  // the session to a new id (AssignID clears the request) and sends the new cookie, so an id known
+  // before the change is worthless.
+  void RequestNewID();
+  bool NewIDRequested() const;
 
  private:
   mutable std::mutex mu_;
+  std::string id_;
+  bool newIDRequested_ = false;
   std::map<std::string, std::pair<std::string, Variant>> items_;  // lower-case key -> (key, value)
 };
 
@@ -140,7 +160,6 @@ class Session {
 class Application : public Dispatch {
  public:
   const ClassInfo& Info() const override;
-  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
   Variant Get(std::string_view key) const;
   void Set(std::string_view key, Variant value);
 
@@ -149,24 +168,33 @@ class Application : public Dispatch {
   std::map<std::string, Variant> items_;
 };
 
+// An error that an attached object's OnEndPage raised. The page has been written by then, so the
+// error is reported to the host (which logs it) instead of turning the page into an error page.
+struct EndPageError {
+  std::string className;
+  Error error;
+};
+
 class Server : public Dispatch {
  public:
   const ClassInfo& Info() const override;
-  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
 
-  // Creates the class and, when it has OnStartPage, calls it with the page's context; the page's end
-  // then calls its OnEndPage.
+  // Creates the class through the page's class factory (without one, every name raises 429) and,
+  // when it has OnStartPage, calls it with the page's context; the page's end then calls its
+  // OnEndPage.
   Object CreateObject(std::string_view progID);
   // Escapes text for an URL query in the page's code page ("a b" -> "a+b", "中" -> "%D6%D0").
   std::string URLEncode(std::string_view text) const;
   std::string HTMLEncode(std::string_view text) const;
 
-  // Calls OnEndPage on every attached object, in the order they were created; once.
-  void EndPage();
+  // Calls OnEndPage on every attached object, in the order they were created; once. Every object
+  // gets its call even when an earlier one fails; the failures are answered, not raised.
+  std::vector<EndPageError> EndPage();
 
  private:
   friend class Page;
   std::weak_ptr<ScriptingContext> context_;
+  ClassFactory createObject_;
   std::vector<Object> attached_;
   int codePage_ = kCodePageGbk;
 };
@@ -174,7 +202,6 @@ class Server : public Dispatch {
 class ScriptingContext : public Dispatch {
  public:
   const ClassInfo& Info() const override;
-  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
 
   const std::shared_ptr<host::Request>& Request() const { return request_; }
   const std::shared_ptr<host::Response>& Response() const { return response_; }
@@ -198,14 +225,21 @@ struct PageRequest {
   std::string body;         // raw bytes
   std::string method;       // "" means GET without a body, POST with one
   int codePage = kCodePageGbk;  // of the query string, the urlencoded body and the response
-  std::vector<std::pair<std::string, std::string>> serverVariables;  // more, e.g. REMOTE_ADDR
+  Headers serverVariables;      // more, e.g. REMOTE_ADDR
+};
+
+// What the page host gives every page: the application shared by its pages (a page of its own when
+// none) and the factory behind Server.CreateObject (none: every name raises 429).
+struct PageHost {
+  std::shared_ptr<host::Application> application;
+  ClassFactory createObject;
 };
 
 // One page request bound to a session. The page's end (End(), or the destructor) calls OnEndPage of
 // the objects attached through Server.CreateObject.
 class Page {
  public:
-  Page(PageRequest request, Session session, std::shared_ptr<host::Application> application = nullptr);
+  Page(PageRequest request, Session session, PageHost host = {});
   ~Page();
   Page(const Page&) = delete;
   Page& operator=(const Page&) = delete;
@@ -219,7 +253,8 @@ class Page {
 
   std::vector<std::string> Writes() const { return context_->Response()->Writes(); }
   std::string Output() const { return context_->Response()->Output(); }
-  void End();
+  // Ends the page (once): OnEndPage of every attached object. Answers the errors they raised.
+  std::vector<EndPageError> End();
 
  private:
   std::shared_ptr<ScriptingContext> context_;

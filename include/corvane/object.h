@@ -1,10 +1,11 @@
 // Objects and late binding.
 //
 // Every creatable class (the components, the data-access objects) and every host object derives from
-// Dispatch: it has a ClassInfo naming its members with their dispatch ids, and answers InvokeMember
-// by id. Object is the copyable shared handle that pages, Variants and tests hold; it finds members by
-// name (case-insensitive) or by id and passes arguments by reference, so a member that changes an
-// argument changes the caller's Variant, as a scripting host does.
+// Dispatch: its ClassInfo lists its members, each with its dispatch id, the kinds of call it answers
+// and how a call reaches the C++ member (one declarative table per class). Object is the copyable
+// shared handle that pages, Variants and tests hold; it finds members by name (case-insensitive) or by
+// id and passes arguments by reference, so a member that changes an argument changes the caller's
+// Variant, as a scripting host does.
 #pragma once
 
 #include <atomic>
@@ -19,20 +20,32 @@ namespace corvane {
 
 class Variant;
 class Object;
+class Dispatch;
 using Args = std::vector<Variant>;
 
 // How a member is called: as a method, as a property read, or as a property write by value or by
-// reference ("Set"). The codes are the platform's.
+// reference ("Set"). The codes are the platform's, so they combine as flags in MemberInfo::kinds.
 enum class InvokeKind : int { Method = 1, PropertyGet = 2, PropertyPut = 4, PropertyPutRef = 8 };
 
 struct MemberInfo {
+  // The call itself: the object (of the class that lists the member), the kind and the caller's
+  // arguments, which a by-reference parameter updates in place.
+  using Call = Variant (*)(Dispatch& self, InvokeKind kind, Args& args);
+  static constexpr int kMethod = 1 | 2;   // called, or read as a property without arguments
+  static constexpr int kRead = 1 | 2;     // a property read (also as a call, as scripts do)
+  static constexpr int kWrite = 4 | 8;    // a property write, with or without Set
+
   std::string_view name;
   int32_t dispid;
+  int kinds = kMethod;  // the InvokeKind codes it answers; any other kind raises 438
+  Call call = nullptr;
+
+  bool Answers(InvokeKind kind) const { return (kinds & static_cast<int>(kind)) != 0; }
 };
 
 struct ClassInfo {
   std::string_view className;  // "DNA"
-  std::string_view progID;     // "corvane.DNA"
+  std::string_view progID;     // "corvane.DNA"; empty for classes that are not creatable
   std::string_view clsid;      // "{eab29593-...}", lower case with braces
   std::string_view iid;        // the dual interface's id
   std::vector<MemberInfo> members;
@@ -41,6 +54,7 @@ struct ClassInfo {
   // The dispatch id of a member, by case-insensitive name; -1 when there is none.
   int32_t DispIdOf(std::string_view name) const;
   const MemberInfo* Member(int32_t dispid) const;
+  const MemberInfo* Member(std::string_view name) const;
 };
 
 class Dispatch : public std::enable_shared_from_this<Dispatch> {
@@ -51,9 +65,10 @@ class Dispatch : public std::enable_shared_from_this<Dispatch> {
   // How many objects of any class are alive (for DllCanUnloadNow).
   static long LiveObjects() { return live_.load(); }
   virtual const ClassInfo& Info() const = 0;
-  // Calls member `dispid`. `args` are the caller's, in order; a member that takes an argument by
-  // reference writes it back there. Unknown ids raise 438.
-  virtual Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) = 0;
+  // Calls member `dispid` through the class's table. `args` are the caller's, in order; a member
+  // that takes an argument by reference writes it back there. An unknown id, or a kind of call the
+  // member does not answer (a write to a method, a read of a write-only property), raises 438.
+  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args);
 
  private:
   static inline std::atomic<long> live_{0};
@@ -89,16 +104,8 @@ class Object {
   bool operator==(const Object& o) const { return p_ == o.p_; }
 
  private:
-  int32_t IdOf(std::string_view name) const;
+  Variant Call(std::string_view name, InvokeKind kind, Args& args) const;
   std::shared_ptr<Dispatch> p_;
 };
-
-// Creates a registered class by ProgID (case-insensitive) or CLSID ("{...}", any case). An unknown
-// one raises 429 ("ActiveX component can't create object").
-Object CreateObject(std::string_view progIDOrClsid);
-
-// All registered classes: the five components and the data-access objects.
-const std::vector<const ClassInfo*>& RegisteredClasses();
-const ClassInfo* FindClass(std::string_view progIDOrClsid);
 
 }  // namespace corvane

@@ -55,15 +55,6 @@ using Bytes = std::vector<uint8_t>;
 
 class Variant {
  public:
-  struct EmptyTag { bool operator==(const EmptyTag&) const = default; };
-  struct NullTag { bool operator==(const NullTag&) const = default; };
-  struct MissingTag { bool operator==(const MissingTag&) const = default; };
-  struct DateTag {
-    double serial;
-    bool operator==(const DateTag&) const = default;
-  };
-  using ByteArray = std::shared_ptr<const Bytes>;  // shared, never modified in place
-
   Variant() = default;  // Empty
   Variant(bool b) : v_(b) {}
   Variant(int16_t i) : v_(i) {}
@@ -126,11 +117,23 @@ class Variant {
   // comparison: Variant(1) != Variant(int16_t(1)). Use corvane::Equals for the platform's rule.
   bool operator==(const Variant& o) const { return v_ == o.v_; }
 
-  using Storage = std::variant<EmptyTag, NullTag, MissingTag, bool, int16_t, int32_t, float, double,
-                               DateTag, std::string, ByteArray, Object>;
-  const Storage& Raw() const { return v_; }
+  friend std::optional<int> Compare(const Variant& a, const Variant& b);
 
  private:
+  struct EmptyTag { bool operator==(const EmptyTag&) const = default; };
+  struct NullTag { bool operator==(const NullTag&) const = default; };
+  struct MissingTag { bool operator==(const MissingTag&) const = default; };
+  struct DateTag {
+    double serial;
+    bool operator==(const DateTag&) const = default;
+  };
+  using ByteArray = std::shared_ptr<const Bytes>;  // shared, never modified in place
+  using Storage = std::variant<EmptyTag, NullTag, MissingTag, bool, int16_t, int32_t, float, double,
+                               DateTag, std::string, ByteArray, Object>;
+
+  // The value of a number-like kind (Empty is 0, a Date its serial); nullopt for the others.
+  std::optional<double> NumberOf() const;
+
   Storage v_;
 };
 

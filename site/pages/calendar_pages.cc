@@ -39,6 +39,7 @@ void CalendarPage(PageContext& p, View view) {
                                                    : "lm2";
 
   Object sch = p.Server.CreateObject("corvane.scheduler");
+  if (DebugOn(p)) Call(sch, "DebugMode");
   Call(sch, "Init", {Variant(ConnStr(p))});
   WriteHead(p, "日程安排", "<link rel=\"stylesheet\" href=\"/include/style.css\" type=\"text/css\">\r\n",
             "class=calendar");

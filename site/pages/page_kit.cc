@@ -26,8 +26,15 @@ int32_t PersonID(PageContext& p) {
   return id.Text().empty() ? 0 : id.ToLong();
 }
 
+bool DebugOn(PageContext& p) {
+  std::string debug = p.Request.QueryString("debug").Text();
+  if (!debug.empty()) p.Session.Set("debug", Variant(debug == "1"));
+  Variant on = p.Session.Get("debug");
+  return !on.IsEmpty() && on.ToBool();
+}
+
 void WriteHead(PageContext& p, std::string_view title, std::string_view head, std::string_view bodyAttributes) {
-  std::string charset = p.Request.CodePage() == kCodePageUtf8 ? "utf-8" : "gbk";
+  std::string charset = CharsetName(p.Request.CodePage());
   std::string s = "<html><head>\r\n<meta http-equiv=\"Content-Type\" content=\"text/html; charset=" + charset +
                   "\">\r\n<title>" + Html(title) + "</title>\r\n" +
                   "<link rel=\"stylesheet\" href=\"/include/site.css\" type=\"text/css\">\r\n"

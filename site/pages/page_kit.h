@@ -21,6 +21,9 @@ std::string Param(PageContext& p, std::string_view name);
 bool RequireSignIn(PageContext& p);
 // Session("personID") as a number (0 when nobody is signed in).
 int32_t PersonID(PageContext& p);
+// The session's debug switch for the components' trace: "?debug=1" turns it on for this session's
+// pages, "?debug=0" off.
+bool DebugOn(PageContext& p);
 
 // "<html><head>" with the charset of the code page, the title, the style sheet and the site's
 // compatibility script, then `head`, then "</head><body>" (with `bodyAttributes`).

@@ -52,7 +52,7 @@ void Login(PageContext& p) {
     return;
   }
   p.Session.Clear();
-  p.Session.renewId = true;
+  p.Session.RequestNewID();
   p.Session.Set("personID", Variant(rs->Field("personID").ToLong()));
   p.Session.Set("systemID", Variant(rs->Field("systemID").ToLong()));
   p.Session.Set("personName", rs->Field("personName"));

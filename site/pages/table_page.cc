@@ -5,13 +5,8 @@
 namespace corvane::site {
 
 void TablePage(PageContext& p, const TableSpec& table) {
-  // "?debug=1" switches DNA's trace on for this session's table pages, "?debug=0" off.
-  std::string debug = p.Request.QueryString("debug").Text();
-  if (!debug.empty()) p.Session.Set("dnaDebug", Variant(debug == "1"));
-  const bool bDebug = p.Session.Get("dnaDebug").IsEmpty() ? false : p.Session.Get("dnaDebug").ToBool();
-
   Object dna = p.Server.CreateObject("corvane.DNA");
-  if (bDebug) Call(dna, "DebugMode");
+  if (DebugOn(p)) Call(dna, "DebugMode");
   Args open{Variant(ConnStr(p)), Variant(table.sql), Variant(table.captions)};
   dna.Invoke("OpenDNA", open);
   if (!table.codeSql.empty()) Call(dna, "SetCodeSQL", {Variant(table.codeSql)});
@@ -28,7 +23,7 @@ void TablePage(PageContext& p, const TableSpec& table) {
   }
 
   // DNA writes its style sheet link itself; the page head is written around it.
-  std::string charset = p.Request.CodePage() == kCodePageUtf8 ? "utf-8" : "gbk";
+  std::string charset = CharsetName(p.Request.CodePage());
   p.Response.Write("<html><head>\r\n<meta http-equiv=\"Content-Type\" content=\"text/html; charset=" + charset +
                    "\">\r\n<title>" + Html(table.title) + "</title>\r\n");
   Call(dna, "SetDispStyle", {Variant(1)});

@@ -1,5 +1,5 @@
 // Connection: a session of the driver its string names, kept while open.
-#include "ado/ado_errors.h"
+#include "corvane/error.h"
 #include "ado/connection_impl.h"
 #include "corvane/ado.h"
 
@@ -11,7 +11,7 @@ Connection::~Connection() = default;
 
 void Connection::Open(const std::string& connectionString, const std::string& userID,
                       const std::string& password, int options) {
-  if (IsOpen()) throw detail::ObjectIsOpen();
+  if (IsOpen()) throw Error::ObjectIsOpen();
   connectionString_ = connectionString;
   impl_->session = detail::Connect(connectionString);
 }
@@ -23,12 +23,17 @@ void Connection::Close() {
   impl_->session.reset();
 }
 
+void Connection::SetConnectionString(std::string connectionString) {
+  if (IsOpen()) throw Error::ObjectIsOpen();
+  connectionString_ = std::move(connectionString);
+}
+
 bool Connection::IsOpen() const { return impl_->session != nullptr; }
 
 const std::string& Connection::ConnectionString() const { return connectionString_; }
 
 int32_t Connection::Execute(std::string_view sql, int options) {
-  if (!IsOpen()) throw detail::ConnectionUnusable();
+  if (!IsOpen()) throw Error::ConnectionUnusable();
   detail::Session& session = *impl_->session;
   int64_t changed = session.Prepare(session.Adapt(sql))->Run();
   return changed > INT32_MAX ? INT32_MAX : static_cast<int32_t>(changed);

@@ -2,7 +2,7 @@
 // added here when it exists.
 #include <array>
 
-#include "ado/ado_errors.h"
+#include "corvane/error.h"
 #include "ado/connection_string.h"
 #include "ado/driver.h"
 #include "ado/sqlite/sqlite_driver.h"
@@ -14,7 +14,7 @@ std::shared_ptr<Session> Connect(std::string_view connectionString) {
   ConnectionString cs = ConnectionString::Parse(connectionString);
   for (const Driver* driver : drivers)
     if (driver->Accepts(cs)) return driver->Connect(cs);
-  throw ProviderNotFound();
+  throw Error::ProviderNotFound();
 }
 
 }  // namespace corvane::ado::detail

@@ -1,8 +1,7 @@
 // Recordset: opening, moving and closing. Fields are in recordset_fields.cc, paging in
 // recordset_paging.cc.
-#include "ado/ado_errors.h"
-#include "ado/connection_impl.h"
-#include "ado/recordset_impl.h"
+#include "corvane/error.h"
+#include "ado/access.h"
 #include "corvane/ado.h"
 
 namespace corvane::ado {
@@ -10,12 +9,12 @@ namespace corvane::ado {
 namespace {
 
 std::shared_ptr<detail::Session> SessionOf(const Connection& connection) {
-  if (!connection.IsOpen()) throw detail::ConnectionUnusable();
-  return connection.impl()->session;
+  if (!connection.IsOpen()) throw Error::ConnectionUnusable();
+  return detail::Access::Of(connection).session;
 }
 
 void CheckCursorType(int cursorType) {
-  if (cursorType < adOpenUnspecified || cursorType > adOpenStatic) throw detail::ArgumentsOutOfRange();
+  if (cursorType < adOpenUnspecified || cursorType > adOpenStatic) throw Error::ArgumentsOutOfRange();
 }
 
 void OpenOn(detail::RecordsetImpl& impl, std::shared_ptr<detail::Session> session,
@@ -23,6 +22,7 @@ void OpenOn(detail::RecordsetImpl& impl, std::shared_ptr<detail::Session> sessio
   std::string adapted = session->Adapt(source);
   std::unique_ptr<detail::Cursor> cursor = session->Prepare(adapted);
   impl.Start(std::move(session), std::move(adapted), std::move(cursor));
+  if (impl.session) impl.source = std::string(source);
 }
 
 }  // namespace
@@ -33,25 +33,25 @@ Recordset::~Recordset() = default;
 
 void Recordset::Open(std::string_view source, const Variant& activeConnection, int cursorType,
                      int lockType, int options) {
-  if (IsOpen()) throw detail::ObjectIsOpen();
+  if (IsOpen()) throw Error::ObjectIsOpen();
   CheckCursorType(cursorType);
   if (activeConnection.IsObject()) {
     std::shared_ptr<Connection> connection = activeConnection.ToObject().As<Connection>();
-    if (!connection) throw detail::ArgumentsOutOfRange();
+    if (!connection) throw Error::ArgumentsOutOfRange();
     OpenOn(*impl_, SessionOf(*connection), source);
   } else if (activeConnection.IsString()) {
     // A connection of the recordset's own, from the pool; it goes back when the recordset closes.
     OpenOn(*impl_, detail::Connect(*activeConnection.StringPtr()), source);
   } else {
-    throw detail::ConnectionUnusable();
+    throw Error::ConnectionUnusable();
   }
 }
 
 void Recordset::Open(std::string_view source, const std::shared_ptr<Connection>& connection,
                      int cursorType, int lockType, int options) {
-  if (IsOpen()) throw detail::ObjectIsOpen();
+  if (IsOpen()) throw Error::ObjectIsOpen();
   CheckCursorType(cursorType);
-  if (!connection) throw detail::ConnectionUnusable();
+  if (!connection) throw Error::ConnectionUnusable();
   OpenOn(*impl_, SessionOf(*connection), source);
 }
 
@@ -61,6 +61,8 @@ void Recordset::Close() {
 }
 
 bool Recordset::IsOpen() const { return impl_->session != nullptr; }
+
+const std::string& Recordset::Source() const { return impl_->source; }
 
 bool Recordset::Eof() const {
   impl_->RequireOpen();

@@ -1,4 +1,6 @@
 // Recordset: the current row's fields, by name (any case) or by 0-based index.
+#include <memory>
+
 #include "ado/recordset_impl.h"
 #include "corvane/ado.h"
 
@@ -30,6 +32,15 @@ int Recordset::FieldType(int index) const {
 std::string Recordset::FieldName(int index) const {
   impl_->RequireOpen();
   return impl_->names[impl_->ColumnOf(index)];
+}
+
+std::shared_ptr<ado::Field> Recordset::FieldObject(const Variant& which) const {
+  impl_->RequireOpen();
+  int column = which.IsNumber() ? impl_->ColumnOf(which.ToLong()) : impl_->ColumnOf(which.ToString());
+  std::string name = FieldName(column);
+  int type = FieldType(column);
+  if (Eof()) return ado::Field::WithoutRecord(std::move(name), type);
+  return std::make_shared<ado::Field>(std::move(name), type, Field(column));
 }
 
 int Recordset::FieldCount() const {

@@ -1,6 +1,6 @@
 #include "ado/recordset_impl.h"
 
-#include "ado/ado_errors.h"
+#include "corvane/error.h"
 #include "corvane/text.h"
 
 namespace corvane::ado::detail {
@@ -46,6 +46,7 @@ void RecordsetImpl::Step() {
 void RecordsetImpl::Reset() {
   cursor.reset();
   session.reset();
+  source.clear();
   adapted.clear();
   names.clear();
   columnByName.clear();

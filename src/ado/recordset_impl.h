@@ -36,6 +36,7 @@ class RecordsetImpl {
   int64_t Count();
 
   std::shared_ptr<Session> session;  // null while closed
+  std::string source;                // the statement as the caller gave it
   std::string adapted;
   std::unique_ptr<Cursor> cursor;
   std::vector<std::string> names;

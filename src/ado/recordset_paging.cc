@@ -3,7 +3,7 @@
 // come from one count of the query.
 #include <algorithm>
 
-#include "ado/ado_errors.h"
+#include "corvane/error.h"
 #include "ado/recordset_impl.h"
 #include "corvane/ado.h"
 
@@ -14,7 +14,7 @@ constexpr int32_t kPositionEof = -3;  // adPosEOF
 }
 
 void Recordset::SetPageSize(int32_t n) {
-  if (n < 1) throw detail::ArgumentsOutOfRange();
+  if (n < 1) throw Error::ArgumentsOutOfRange();
   impl_->pageSize = n;
 }
 
@@ -22,7 +22,7 @@ int32_t Recordset::PageSize() const { return impl_->pageSize; }
 
 void Recordset::SetAbsolutePage(int32_t page) {
   impl_->RequireOpen();
-  if (page < 1) throw detail::ArgumentsOutOfRange();
+  if (page < 1) throw Error::ArgumentsOutOfRange();
   int64_t offset = static_cast<int64_t>(page - 1) * impl_->pageSize;
   impl_->Restart(impl_->session->OffsetQuery(impl_->adapted, offset), offset);
 }

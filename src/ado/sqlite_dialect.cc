@@ -155,7 +155,7 @@ void RefuseEmptyInList(std::string_view sql, const std::vector<Token>& tokens,
 
 }  // namespace
 
-std::string AdaptForSqlite(std::string_view sql) {
+std::string detail::AdaptForSqlite(std::string_view sql) {
   std::vector<Token> tokens = detail::Tokenize(sql);
   std::vector<size_t> statement = detail::FirstStatement(tokens);
   if (statement.empty()) return std::string(sql);

@@ -8,6 +8,8 @@
 namespace corvane::ado {
 namespace {
 
+using detail::AdaptForSqlite;
+
 struct Case {
   const char* in;
   const char* out;

@@ -18,7 +18,7 @@
 // The files: dna_page.cc (page attachment, trace, connection), dna_open.cc (OpenDNA, SetCodeSQL),
 // dna_request.cc (request and session state), dna_list.cc (the list view), dna_columns.cc (column
 // choice), dna_code.cc (code look-ups), dna_form.cc (the record form), dna_writes.cc (insert, update,
-// delete, search), dna_menu.cc (command bar), dna_class.cc (class identity and late binding).
+// delete, search), dna_menu.cc (command bar), dna_members.cc (class identity and late-bound members).
 #pragma once
 
 #include <cstdint>
@@ -29,7 +29,7 @@
 #include "corvane/object.h"
 #include "corvane/variant.h"
 #include "dna/vb_array.h"
-#include "host/page_support.h"
+#include "page_kit/page_kit.h"
 
 namespace corvane {
 
@@ -41,7 +41,6 @@ class Recordset;
 class DNA : public Dispatch {
  public:
   const ClassInfo& Info() const override;
-  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
 
   // Page attachment: keeps Response, Request, Server, Application and Session; clears bDebug,
   // strAction and bSystemID. OnEndPage stores Session("strURL") and releases the five. Both answer Empty.
@@ -63,9 +62,9 @@ class DNA : public Dispatch {
   // The column-choice and page-size form.
   void DispSetColumns();
   // Opens the caller's recordset on the list SQL (stored in Session("strSQL")).
-  void GetList(Variant& objRs);
+  void GetList(Variant& callersRs);
   // Opens the caller's recordset on `strSQL`.
-  void GetRs(const Variant& strSQL, Variant& objRs);
+  void GetRs(const Variant& strSQL, Variant& callersRs);
 
   // The record form for "update", "insert", "insert2", "search" or any other action word.
   void DispForm(Variant& action);
@@ -124,7 +123,7 @@ class DNA : public Dispatch {
   static bool IsGiven(const Variant& v);
   std::string KeyCondition() const;
 
-  host::PageObjects page_;
+  page_kit::PageObjects page_;
   bool bDebug = false;
   std::string strURL;
   std::shared_ptr<ado::Connection> objConn;

@@ -5,25 +5,24 @@
 #include "corvane/host.h"
 #include "corvane/text.h"
 #include "dna/dna.h"
-#include "host/page_support.h"
+#include "page_kit/page_kit.h"
 
 namespace corvane {
 
 void DNA::DispSetColumns() {
-  const std::string crlf(host::kCrLf);
   host::Response& out = Out();
-  out.Write("<Form name='" + strAction + "' method='post' action='" + strURL + "'>" + crlf);
+  out.Write("<Form name='" + strAction + "' method='post' action='" + strURL + "'>" + page_kit::kCrLf);
   out.Write("<input type='hidden' name='action' value='list'>");
   const std::string chose = SessionText("strItemChose");
   for (int32_t i = 0; i <= aEnglish.UBound(); ++i) {
     out.Write(aChinese[i] + ": <input type='checkbox' name='choseItem' value='" + aEnglish[i] + "' ");
     if (InStr(chose, aEnglish[i]) > 0) out.Write("checked");
-    out.Write(">" + crlf);
+    out.Write(">" + page_kit::kCrLf);
   }
   out.Write("<br>每页行数：<input type='text' name='pageSize' size=3 value='" +
-            SessionText("nPageSize") + "'><br>" + crlf);
-  out.Write("<input type='submit'  value='设定显示列'></Form>" + crlf);
-  if (bDebug) WriteTrace("##调试信息:DispSetColumns OK!<br>" + crlf);
+            SessionText("nPageSize") + "'><br>" + page_kit::kCrLf);
+  out.Write("<input type='submit'  value='设定显示列'></Form>" + page_kit::kCrLf);
+  if (bDebug) WriteTrace("##调试信息:DispSetColumns OK!<br>" + page_kit::kCrLf);
 }
 
 }  // namespace corvane

@@ -9,15 +9,11 @@
 #include "corvane/host.h"
 #include "corvane/text.h"
 #include "dna/dna.h"
-#include "host/page_support.h"
+#include "page_kit/page_kit.h"
 
 namespace corvane {
 
-namespace {
-
-const std::string kCrLf(host::kCrLf);
-
-}  // namespace
+using page_kit::kCrLf;
 
 // Reads each field's ADO type code from a one-row query on its own connection, tracing one line per
 // field in debug mode.

@@ -12,13 +12,13 @@
 #include "corvane/text.h"
 #include "dna/dna.h"
 #include "dna/int16.h"
-#include "host/page_support.h"
+#include "page_kit/page_kit.h"
 
 namespace corvane {
 
 namespace {
 
-const std::string kCrLf(host::kCrLf);
+using page_kit::kCrLf;
 
 // Opens a recordset that the page created (early-bound when it is ours, late-bound otherwise).
 void OpenCallersRecordset(const Variant& objRs, const std::string& sql,
@@ -205,19 +205,20 @@ std::string DNA::GetListRows() {
 
 std::string DNA::GetListEnd() { return "</table>" + kCrLf; }
 
-void DNA::GetList(Variant& objRs) {
+// The caller's recordset is not the object's own objRs, which the list keeps to itself.
+void DNA::GetList(Variant& callersRs) {
   std::string sql = ListSQL();
   // Unlike DispList, the SQL goes to the page itself, not into the hidden trace.
   if (bDebug) Out().Write("SQL:" + sql);
-  OpenCallersRecordset(objRs, sql, objConn);
+  OpenCallersRecordset(callersRs, sql, objConn);
   if (bDebug) {
     WriteTrace("##调试信息:DispList OK!<br>" + kCrLf);
     WriteTrace("#Session(strSQL):" + SessionText("strSQL") + "<br>" + kCrLf);
   }
 }
 
-void DNA::GetRs(const Variant& strSQL, Variant& objRs) {
-  OpenCallersRecordset(objRs, strSQL.ToString(), objConn);
+void DNA::GetRs(const Variant& strSQL, Variant& callersRs) {
+  OpenCallersRecordset(callersRs, strSQL.ToString(), objConn);
 }
 
 }  // namespace corvane

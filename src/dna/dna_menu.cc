@@ -4,13 +4,13 @@
 
 #include "corvane/host.h"
 #include "dna/dna.h"
-#include "host/page_support.h"
+#include "page_kit/page_kit.h"
 
 namespace corvane {
 
 namespace {
 
-const std::string kCrLf(host::kCrLf);
+using page_kit::kCrLf;
 
 // The hover behaviour of every command, with its leading and trailing blank.
 const std::string kHover =

@@ -5,15 +5,11 @@
 #include "corvane/text.h"
 #include "corvane/variant.h"
 #include "dna/dna.h"
-#include "host/page_support.h"
+#include "page_kit/page_kit.h"
 
 namespace corvane {
 
-namespace {
-
-const std::string kCrLf(host::kCrLf);
-
-}  // namespace
+using page_kit::kCrLf;
 
 void DNA::OpenDNA(Variant& ConnStr, Variant& strSQL, Variant& StrChinese) {
   strConn = ConnStr.ToString();
@@ -92,7 +88,7 @@ void DNA::OpenDNA(Variant& ConnStr, Variant& strSQL, Variant& StrChinese) {
       WriteTrace("限定字段:" + aFixedName[i].Text() + ":" + aFixedValue[i].Text() + "<br>");
   }
 
-  host::OpenConnection(objConn, strConn, bDebug, page_.objResponse);
+  page_kit::OpenConnection(objConn, strConn, bDebug, page_.objResponse);
   GetRequestValue();
 }
 

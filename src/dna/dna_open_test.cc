@@ -82,7 +82,7 @@ TEST(OpenDNA, TakesTheSqlApart) {
 TEST(OpenDNA, TrimsTheCallersVariableLateBound) {
   StaffDatabase db;
   host::Session session;
-  host::Page page(host::PageRequest{.url = "/staff.asp"}, session);
+  host::Page page(host::PageRequest{.url = "/staff.asp"}, session, corvane::testing::LibraryHost());
   Object dna = page.Server().CreateObject("corvane.DNA");
   Args args{Variant(db.connectionString), Variant("  select id,name,dept from staff  "), Variant("编号,姓名,部门")};
   dna.Invoke("OpenDNA", args);
@@ -211,7 +211,7 @@ TEST(RequestState, ChineseValuesInTheDefaultCodePage) {
   StaffDatabase db;
   host::Session session;
   // "张" in GBK is D5 C5.
-  host::Page page(host::PageRequest{.url = "/staff.asp", .queryString = "action=search2&id=%D5%C5"}, session);
+  host::Page page(host::PageRequest{.url = "/staff.asp", .queryString = "action=search2&id=%D5%C5"}, session, corvane::testing::LibraryHost());
   auto dna = page.Server().CreateObject("corvane.DNA").As<DNA>();
   Variant conn(db.connectionString), sql(kStaffSQL), captions(kStaffCaptions);
   dna->OpenDNA(conn, sql, captions);

@@ -2,7 +2,7 @@
 #include "corvane/ado.h"
 #include "corvane/host.h"
 #include "dna/dna.h"
-#include "host/page_support.h"
+#include "page_kit/page_kit.h"
 
 namespace corvane {
 
@@ -22,13 +22,13 @@ Variant DNA::OnEndPage() {
 
 void DNA::DebugMode() {
   bDebug = true;
-  WriteTrace(std::string("##调试信息:进入调试模式<br>") + std::string(host::kCrLf));
+  WriteTrace(std::string("##调试信息:进入调试模式<br>") + std::string(page_kit::kCrLf));
 }
 
-void DNA::CloseDNA() { host::CloseConnection(objConn, bDebug, page_.objResponse); }
+void DNA::CloseDNA() { page_kit::CloseConnection(objConn, bDebug, page_.objResponse); }
 
 // Writes unconditionally: callers that trace only in debug mode test bDebug themselves.
-void DNA::WriteTrace(std::string_view message) { host::WriteTrace(page_.objResponse, message); }
+void DNA::WriteTrace(std::string_view message) { page_kit::WriteTrace(page_.objResponse, message); }
 
 host::Response& DNA::Out() { return page_.Response(); }
 

@@ -5,15 +5,11 @@
 #include "corvane/host.h"
 #include "corvane/text.h"
 #include "dna/dna.h"
-#include "host/page_support.h"
+#include "page_kit/page_kit.h"
 
 namespace corvane {
 
-namespace {
-
-const std::string kCrLf(host::kCrLf);
-
-}  // namespace
+using page_kit::kCrLf;
 
 // The form's value first, then the query string's; every "'" becomes "`" so that the value can stand
 // between single quotes in SQL.

@@ -56,7 +56,7 @@ class DnaPage {
                               .contentType = body.empty() ? "" : "application/x-www-form-urlencoded",
                               .body = std::move(body),
                               .codePage = kCodePageUtf8},
-            session)) {
+            session, LibraryHost())) {
     obj_ = page_->Server().CreateObject("corvane.DNA");
     dna_ = obj_.As<DNA>();
   }

@@ -1,12 +1,13 @@
 #include <gtest/gtest.h>
 
-#include "corvane/corvane.h"
-#include "host/page_support.h"
-#include "runtime/args.h"
+#include "corvane/host.h"
+#include "runtime/members.h"
 #include "test_support.h"
 
 namespace corvane::host {
 namespace {
+
+using testing::ErrorNumber;
 
 TEST(RequestValues, DecodedInTheCodePageAndJoined) {
   Session session;
@@ -77,44 +78,61 @@ TEST(ResponseWrites, EveryValueKindAndObjectsRefused) {
   EXPECT_THROW(r.Write(Variant(Object())), Error);
 }
 
-// A component stand-in that records how the host attaches it.
+// A component stand-in that records how the host attaches it; one made with `failing` raises 91 in
+// OnEndPage, as an object does that traces after it let go of its response.
 class Probe : public Dispatch {
  public:
+  explicit Probe(bool failing) : failing_(failing) {}
   static inline std::vector<std::string> log;
   const ClassInfo& Info() const override {
-    static const ClassInfo info{.className = "Probe", .members = {{"OnStartPage", 1}, {"OnEndPage", 2}}};
+    static const ClassInfo info{
+        .className = "Probe",
+        .members = {Method<Probe>("OnStartPage", 1,
+                                  [](Probe& p, Args& a) {
+                                    auto context = Arg(a, 0).ToObject().As<ScriptingContext>();
+                                    p.session_ = context->Session();
+                                    log.push_back("start " + context->Request()->ServerVariables("URL").ToString());
+                                  }),
+                    Method<Probe>("OnEndPage", 2, [](Probe& p, Args&) {
+                      log.push_back("end");
+                      p.session_->Set("seen", Variant(true));
+                      if (p.failing_) throw Error::ObjectNotSet();
+                    })}};
     return info;
   }
-  Variant InvokeMember(int32_t id, InvokeKind, Args& args) override {
-    if (id == 1) {
-      objects.Take(Arg(args, 0));
-      log.push_back("start " + objects.Request().ServerVariables("URL").ToString());
-    } else {
-      objects.Session().Set("seen", Variant(true));
-      objects.Release();
-      log.push_back("end");
-    }
-    return {};
-  }
-  PageObjects objects;
+
+ private:
+  bool failing_;
+  std::shared_ptr<SessionObject> session_;
 };
 
-TEST(ServerCreateObject, AttachesAtStartAndDetachesAtPageEnd) {
+TEST(ServerCreateObject, AttachesAtStartAndEndsEveryObjectAtPageEnd) {
   Probe::log.clear();
   Session session;
-  {
-    Page page(PageRequest{.url = "/p.asp"}, session);
-    // Not registered: attach by hand the way Server.CreateObject does for registered classes.
-    auto probe = std::make_shared<Probe>();
-    Args args{page.Context()};
-    probe->InvokeMember(1, InvokeKind::Method, args);
-    EXPECT_EQ(Probe::log, (std::vector<std::string>{"start /p.asp"}));
-    Object aspHttp = page.Server().CreateObject("corvane.aspHttp");  // no page members: no calls
-    EXPECT_FALSE(aspHttp.IsNothing());
-    probe->InvokeMember(2, InvokeKind::Method, args);
-  }
-  EXPECT_EQ(Probe::log.back(), "end");
+  PageHost host{.createObject = [](std::string_view name) -> Object {
+    if (name == "probe" || name == "failing") return Object(std::make_shared<Probe>(name == "failing"));
+    throw Error::CannotCreateObject(std::string(name));
+  }};
+  Page page(PageRequest{.url = "/p.asp"}, session, host);
+  page.Server().CreateObject("failing");
+  page.Server().CreateObject("probe");
+  EXPECT_EQ(Probe::log, (std::vector<std::string>{"start /p.asp", "start /p.asp"}));
+  EXPECT_EQ(ErrorNumber([&] { page.Server().CreateObject("other"); }), 429);
+
+  // The failing object's error is answered, and the object after it still gets its OnEndPage.
+  std::vector<EndPageError> errors = page.End();
+  EXPECT_EQ(Probe::log.size(), 4u);
+  ASSERT_EQ(errors.size(), 1u);
+  EXPECT_EQ(errors[0].className, "Probe");
+  EXPECT_EQ(errors[0].error.Number(), 91);
   EXPECT_TRUE(session.Get("seen").ToBool());
+  EXPECT_TRUE(page.End().empty());  // once
+}
+
+TEST(ServerCreateObject, WithoutAFactoryEveryNameIs429) {
+  Session session;
+  Page page(PageRequest{.url = "/p.asp"}, session);
+  EXPECT_EQ(ErrorNumber([&] { page.Server().CreateObject("corvane.DNA"); }), 429);
 }
 
 TEST(ContextLateBound, GivesTheHostObjects) {
@@ -129,55 +147,6 @@ TEST(ContextLateBound, GivesTheHostObjects) {
   Args count{Variant(0)};
   request.Invoke("BinaryRead", count);
   EXPECT_EQ(count[0].ToLong(), 0);
-}
-
-TEST(TraceLine, IsOneHiddenSpan) {
-  Session session;
-  Page page(PageRequest{.url = "/t.asp"}, session);
-  PageObjects objects;
-  objects.Take(page.Context());
-  WriteTrace(objects.objResponse, "##调试信息:进入调试模式<br>\r\n");
-  EXPECT_EQ(page.Writes(),
-            (std::vector<std::string>{"<span id=debugID style='display:none'>##调试信息:进入调试模式<br>\r\n</span>"}));
-  objects.Release();
-  try {
-    WriteTrace(objects.objResponse, "x");
-    FAIL();
-  } catch (const Error& e) {
-    EXPECT_EQ(e.Number(), 91);
-  }
-}
-
-TEST(ConnectionRoutines, OpenAndCloseTraceOnlyInDebug) {
-  testing::ScratchDatabase db;
-  Session session;
-  Page page(PageRequest{.url = "/t.asp"}, session);
-  PageObjects objects;
-  objects.Take(page.Context());
-  std::shared_ptr<ado::Connection> conn;
-  OpenConnection(conn, db.connectionString, false, objects.objResponse);
-  ASSERT_TRUE(conn && conn->IsOpen());
-  CloseConnection(conn, false, objects.objResponse);
-  EXPECT_FALSE(conn);
-  EXPECT_TRUE(page.Writes().empty());
-
-  OpenConnection(conn, db.connectionString, true, objects.objResponse);
-  CloseConnection(conn, true, objects.objResponse);
-  CloseConnection(conn, true, objects.objResponse);  // nothing to close: still traced
-  EXPECT_EQ(page.Output(),
-            "<span id=debugID style='display:none'>##调试信息:打开数据库 OK!<br>\r\n</span>"
-            "<span id=debugID style='display:none'>##调试信息:关闭数据库 OK!<br>\r\n</span>"
-            "<span id=debugID style='display:none'>##调试信息:关闭数据库 OK!<br>\r\n</span>");
-}
-
-TEST(ConnectionRoutines, AFailedOpenKeepsTheNewUnopenedConnection) {
-  Session session;
-  Page page(PageRequest{.url = "/t.asp"}, session);
-  std::shared_ptr<ado::Connection> conn;
-  EXPECT_THROW(OpenConnection(conn, "Provider=Nope;", true, page.ContextObject()->Response()), Error);
-  ASSERT_TRUE(conn);
-  EXPECT_FALSE(conn->IsOpen());
-  EXPECT_TRUE(page.Writes().empty());
 }
 
 }  // namespace

@@ -1,8 +1,9 @@
+// A page: the host objects bound to one request and its session.
 #include "corvane/host.h"
 
 namespace corvane::host {
 
-Page::Page(PageRequest request, host::Session session, std::shared_ptr<host::Application> application)
+Page::Page(PageRequest request, host::Session session, PageHost host)
     : context_(std::make_shared<ScriptingContext>()) {
   int codePage = request.codePage;
   context_->request_ = std::make_shared<host::Request>(
@@ -12,24 +13,25 @@ Page::Page(PageRequest request, host::Session session, std::shared_ptr<host::App
   context_->session_ = session.ptr();
   context_->server_ = std::make_shared<host::Server>();
   context_->server_->context_ = context_;
+  context_->server_->createObject_ = std::move(host.createObject);
   context_->server_->codePage_ = codePage;
-  context_->application_ = application ? std::move(application) : std::make_shared<host::Application>();
+  context_->application_ = host.application ? std::move(host.application) : std::make_shared<host::Application>();
 }
 
+// A page torn down without End() still ends its objects; nobody is left to hear of their errors.
 Page::~Page() {
   try {
     End();
   } catch (...) {
-    // A page that is torn down without End() has no one to report to.
   }
 }
 
 Variant Page::Context() const { return Variant(Object(context_)); }
 
-void Page::End() {
-  if (ended_) return;
+std::vector<EndPageError> Page::End() {
+  if (ended_) return {};
   ended_ = true;
-  context_->server_->EndPage();
+  return context_->server_->EndPage();
 }
 
 }  // namespace corvane::host

@@ -3,14 +3,12 @@
 #include "corvane/error.h"
 #include "corvane/host.h"
 #include "corvane/text.h"
-#include "host/host_classes.h"
-#include "runtime/args.h"
 
 namespace corvane::host {
 
 Request::Request(std::string url, std::string queryString, std::string contentType, std::string body,
                  std::string method, int codePage,
-                 std::vector<std::pair<std::string, std::string>> serverVariables)
+                 Headers serverVariables)
     : url_(std::move(url)),
       queryString_(std::move(queryString)),
       contentType_(std::move(contentType)),
@@ -54,25 +52,5 @@ std::string_view Request::BinaryReadView(int32_t& count) {
   return bytes;
 }
 
-const ClassInfo& Request::Info() const { return RequestClass(); }
-
-Variant Request::InvokeMember(int32_t dispid, InvokeKind kind, Args& args) {
-  switch (dispid) {
-    case kRequestForm:
-      return args.empty() ? Variant(body_) : Form(Arg(args, 0).Text());
-    case kRequestQueryString:
-      return args.empty() ? Variant(queryString_) : QueryString(Arg(args, 0).Text());
-    case kRequestServerVariables: return ServerVariables(Arg(args, 0).Text());
-    case kRequestTotalBytes: return Variant(TotalBytes());
-    case kRequestBinaryRead: {
-      Variant& count = RefArg(args, 0);
-      int32_t n = count.ToLong();
-      Variant data = BinaryRead(n);
-      count = Variant(n);
-      return data;
-    }
-  }
-  throw Error::NoSuchMember(std::to_string(dispid));
-}
 
 }  // namespace corvane::host

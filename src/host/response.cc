@@ -1,7 +1,5 @@
 #include "corvane/error.h"
 #include "corvane/host.h"
-#include "host/host_classes.h"
-#include "runtime/args.h"
 
 namespace corvane::host {
 
@@ -19,13 +17,15 @@ void Response::Write(std::string_view utf8) { writes_.emplace_back(utf8); }
 void Response::BinaryWrite(const Bytes& bytes) { binary_.append(bytes.begin(), bytes.end()); }
 
 void Response::Redirect(std::string url) {
-  status = 302;
-  redirect = std::move(url);
+  status_ = 302;
+  redirect_ = std::move(url);
 }
 
 void Response::AddHeader(std::string name, std::string value) {
-  headers.emplace_back(std::move(name), std::move(value));
+  headers_.emplace_back(std::move(name), std::move(value));
 }
+
+void Response::SetContentType(std::string type) { contentType_ = std::move(type); }
 
 std::string Response::Output() const {
   size_t n = 0;
@@ -36,16 +36,5 @@ std::string Response::Output() const {
   return out;
 }
 
-const ClassInfo& Response::Info() const { return ResponseClass(); }
-
-Variant Response::InvokeMember(int32_t dispid, InvokeKind kind, Args& args) {
-  switch (dispid) {
-    case kResponseWrite: Write(Arg(args, 0)); return {};
-    case kResponseBinaryWrite: BinaryWrite(Arg(args, 0).ToBytes()); return {};
-    case kResponseRedirect: Redirect(Arg(args, 0).ToString()); return {};
-    case kResponseAddHeader: AddHeader(Arg(args, 0).ToString(), Arg(args, 1).ToString()); return {};
-  }
-  throw Error::NoSuchMember(std::to_string(dispid));
-}
 
 }  // namespace corvane::host

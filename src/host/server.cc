@@ -1,15 +1,14 @@
+// Server: objects created for the page and attached to it, and the encoders.
 #include <cctype>
-#include <exception>
 
 #include "corvane/error.h"
 #include "corvane/host.h"
-#include "host/host_classes.h"
-#include "runtime/args.h"
 
 namespace corvane::host {
 
 Object Server::CreateObject(std::string_view progID) {
-  Object obj = corvane::CreateObject(progID);
+  if (!createObject_) throw Error::CannotCreateObject(std::string(progID));
+  Object obj = createObject_(progID);
   if (obj.Has("OnStartPage")) {
     auto context = context_.lock();
     if (!context) throw Error::ObjectNotSet();
@@ -20,20 +19,20 @@ Object Server::CreateObject(std::string_view progID) {
   return obj;
 }
 
-// Every attached object gets its OnEndPage, even when an earlier one fails (its session values and
-// its connection close must not be lost); the first failure is raised once all have run.
-void Server::EndPage() {
+// Every attached object gets its OnEndPage, even when an earlier one fails: its session values and
+// its connection close must not be lost.
+std::vector<EndPageError> Server::EndPage() {
   std::vector<Object> attached = std::move(attached_);
   attached_.clear();
-  std::exception_ptr first;
+  std::vector<EndPageError> errors;
   for (const Object& obj : attached) {
     try {
       obj.Invoke("OnEndPage");
-    } catch (...) {
-      if (!first) first = std::current_exception();
+    } catch (const Error& e) {
+      errors.push_back({std::string(obj.get()->Info().className), e});
     }
   }
-  if (first) std::rethrow_exception(first);
+  return errors;
 }
 
 std::string Server::URLEncode(std::string_view text) const {
@@ -70,29 +69,5 @@ std::string HtmlEncode(std::string_view s) {
 }
 
 std::string Server::HTMLEncode(std::string_view text) const { return HtmlEncode(text); }
-
-const ClassInfo& Server::Info() const { return ServerClass(); }
-
-Variant Server::InvokeMember(int32_t dispid, InvokeKind kind, Args& args) {
-  switch (dispid) {
-    case kServerCreateObject: return Variant(CreateObject(Arg(args, 0).ToString()));
-    case kServerURLEncode: return Variant(URLEncode(Arg(args, 0).Text()));
-    case kServerHTMLEncode: return Variant(HTMLEncode(Arg(args, 0).Text()));
-  }
-  throw Error::NoSuchMember(std::to_string(dispid));
-}
-
-const ClassInfo& ScriptingContext::Info() const { return ScriptingContextClass(); }
-
-Variant ScriptingContext::InvokeMember(int32_t dispid, InvokeKind kind, Args& args) {
-  switch (dispid) {
-    case kContextRequest: return Variant(Object(request_));
-    case kContextResponse: return Variant(Object(response_));
-    case kContextSession: return Variant(Object(session_));
-    case kContextServer: return Variant(Object(server_));
-    case kContextApplication: return Variant(Object(application_));
-  }
-  throw Error::NoSuchMember(std::to_string(dispid));
-}
 
 }  // namespace corvane::host

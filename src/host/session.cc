@@ -1,8 +1,6 @@
 #include "corvane/error.h"
 #include "corvane/host.h"
 #include "corvane/text.h"
-#include "host/host_classes.h"
-#include "runtime/args.h"
 
 namespace corvane::host {
 
@@ -29,6 +27,27 @@ void SessionObject::Clear() {
   items_.clear();
 }
 
+std::string SessionObject::SessionID() const {
+  std::lock_guard lock(mu_);
+  return id_;
+}
+
+void SessionObject::AssignID(std::string id) {
+  std::lock_guard lock(mu_);
+  id_ = std::move(id);
+  newIDRequested_ = false;
+}
+
+void SessionObject::RequestNewID() {
+  std::lock_guard lock(mu_);
+  newIDRequested_ = true;
+}
+
+bool SessionObject::NewIDRequested() const {
+  std::lock_guard lock(mu_);
+  return newIDRequested_;
+}
+
 std::vector<std::string> SessionObject::Keys() const {
   std::lock_guard lock(mu_);
   std::vector<std::string> keys;
@@ -36,22 +55,6 @@ std::vector<std::string> SessionObject::Keys() const {
   return keys;
 }
 
-const ClassInfo& SessionObject::Info() const { return SessionClass(); }
-
-Variant SessionObject::InvokeMember(int32_t dispid, InvokeKind kind, Args& args) {
-  switch (dispid) {
-    case kSessionItem:
-      if (IsPropertyWrite(kind)) {
-        Set(Arg(args, 0).ToString(), Arg(args, 1));
-        return {};
-      }
-      return Get(Arg(args, 0).ToString());
-    case kSessionRemove: Remove(Arg(args, 0).ToString()); return {};
-    case kSessionAbandon: Clear(); return {};
-    case kSessionSessionID: return Variant(id);
-  }
-  throw Error::NoSuchMember(std::to_string(dispid));
-}
 
 Variant Application::Get(std::string_view key) const {
   std::lock_guard lock(mu_);
@@ -64,15 +67,5 @@ void Application::Set(std::string_view key, Variant value) {
   items_[LCase(key)] = std::move(value);
 }
 
-const ClassInfo& Application::Info() const { return ApplicationClass(); }
-
-Variant Application::InvokeMember(int32_t dispid, InvokeKind kind, Args& args) {
-  if (dispid != kApplicationItem) throw Error::NoSuchMember(std::to_string(dispid));
-  if (IsPropertyWrite(kind)) {
-    Set(Arg(args, 0).ToString(), Arg(args, 1));
-    return {};
-  }
-  return Get(Arg(args, 0).ToString());
-}
 
 }  // namespace corvane::host

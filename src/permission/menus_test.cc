@@ -6,6 +6,7 @@
 #include <string>
 
 #include "ado/recordset_impl.h"
+#include "corvane/registry.h"
 #include "corvane/error.h"
 #include "permission/permission_test_support.h"
 
@@ -114,8 +115,7 @@ TEST_F(MenusTest, TheSuperuserNameIsComparedExactly) {
   EXPECT_EQ(WalkMenus(*p->permission), "2 系统\n");
 }
 
-// The menu queries of a person go to the database as written, doubled blanks included (a select of
-// this form passes the SQLite dialect unchanged, so the recordset's statement is the text itself).
+// The menu queries of a person are opened as written, doubled blanks included.
 TEST_F(MenusTest, GetMenu1AndGetMenu23OpenTheirQueriesAsWritten) {
   const struct {
     const char* personName;
@@ -135,9 +135,9 @@ TEST_F(MenusTest, GetMenu1AndGetMenu23OpenTheirQueriesAsWritten) {
     auto rs1 = std::make_shared<ado::Recordset>();
     Variant arg(Object{rs1});
     p->permission->GetMenu1(arg);
-    EXPECT_EQ(rs1->impl()->adapted, c.menu1);
+    EXPECT_EQ(rs1->Source(), c.menu1);
     auto rs23 = p->permission->GetMenu23(Variant("3")).ToObject().As<ado::Recordset>();
-    EXPECT_EQ(rs23->impl()->adapted, c.menu23);
+    EXPECT_EQ(rs23->Source(), c.menu23);
   }
 }
 

@@ -18,10 +18,10 @@ Variant Permission::OnEndPage() {
 
 void Permission::openDB(Variant& strConn) {
   // Nothing is traced: the class has no way to turn its debug switch on.
-  host::OpenConnection(objConn, strConn.ToString(), bDebug, page_.objResponse);
+  page_kit::OpenConnection(objConn, strConn.ToString(), bDebug, page_.objResponse);
 }
 
-void Permission::PrintDebug(Variant& strTmp) { host::WriteTrace(page_.objResponse, strTmp.Text()); }
+void Permission::PrintDebug(Variant& strTmp) { page_kit::WriteTrace(page_.objResponse, strTmp.Text()); }
 
 Variant Permission::Session() const {
   if (!page_.objSession) return Variant(Object());

@@ -18,14 +18,13 @@
 
 #include "corvane/object.h"
 #include "corvane/variant.h"
-#include "host/page_support.h"
+#include "page_kit/page_kit.h"
 
 namespace corvane {
 
 class Permission : public Dispatch {
  public:
   const ClassInfo& Info() const override;
-  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
 
   // --- Page attachment (permission.cc) ---
   // Takes Response, Request, Server, Application and Session from the ScriptingContext `sc`, in that
@@ -93,7 +92,7 @@ class Permission : public Dispatch {
   template <class ChildQuery>
   void AppendMenuLevel(std::string& out, const std::string& sql, int level, const ChildQuery& childQuery) const;
 
-  host::PageObjects page_;
+  page_kit::PageObjects page_;
   std::shared_ptr<ado::Connection> objConn;
   bool bDebug = false;
 };

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "corvane/registry.h"
 #include "corvane/error.h"
 #include "permission/permission_test_support.h"
 #include "test_support.h"
@@ -59,7 +60,7 @@ TEST(PermissionPageTest, TheSessionIsThePagesUntilThePageEnds) {
 
 TEST(PermissionPageTest, PrintDebugWritesTheHiddenSpanAlways) {
   host::Session session;
-  host::Page page(host::PageRequest{.url = "/permission.asp"}, session);
+  host::Page page(host::PageRequest{.url = "/permission.asp"}, session, corvane::testing::LibraryHost());
   Object obj = page.Server().CreateObject("corvane.Permission");
   obj.Invoke("PrintDebug", {Variant("#组:3<br>\r\n")});
   obj.Invoke("PrintDebug", {Variant(int16_t{7})});
@@ -72,7 +73,7 @@ TEST(PermissionPageTest, PrintDebugWritesTheHiddenSpanAlways) {
 TEST(PermissionPageTest, MethodsNeedAnOpenConnection) {
   host::Session session;
   session.Set("systemID", Variant(1));
-  host::Page page(host::PageRequest{.url = "/permission.asp"}, session);
+  host::Page page(host::PageRequest{.url = "/permission.asp"}, session, corvane::testing::LibraryHost());
   Object obj = page.Server().CreateObject("corvane.Permission");
   EXPECT_EQ(ErrorNumber([&] { obj.Invoke("DispGroup"); }), 91);
   EXPECT_NE(ErrorNumber([&] { obj.Invoke("openDB", {Variant("Provider=Nothing;Data Source=x")}); }), 0);

@@ -21,6 +21,7 @@
 #include <string>
 #include <string_view>
 
+#include "corvane/registry.h"
 #include "corvane/ado.h"
 #include "corvane/host.h"
 #include "permission/permission.h"
@@ -72,7 +73,7 @@ inline std::string Rows(const ScratchDatabase& db, std::string_view sql) {
 // connected to the system's database. The session holds "systemID" 1 unless a test changes it.
 struct PermissionPage {
   explicit PermissionPage(const ScratchDatabase& db, host::Session s = host::Session())
-      : session(std::move(s)), page(host::PageRequest{.url = "/permission.asp"}, session) {
+      : session(std::move(s)), page(host::PageRequest{.url = "/permission.asp"}, session, LibraryHost()) {
     if (session.Get("systemID").IsEmpty()) session.Set("systemID", Variant(1));
     obj = page.Server().CreateObject("corvane.Permission");
     permission = obj.As<Permission>();

@@ -1,14 +1,14 @@
 // The registry of creatable classes. Adding a class is one line in the table below: its ClassInfo
-// (ProgID, CLSID, IID, member dispatch ids and factory) lives beside the class.
+// (ProgID, CLSID, IID, member table and factory) lives beside the class, in its <class>_members.cc.
 #include <string>
 
+#include "asp_http/asp_http.h"
 #include "corvane/ado.h"
 #include "corvane/error.h"
+#include "corvane/registry.h"
 #include "corvane/text.h"
 #include "dna/dna.h"
 #include "permission/permission.h"
-#include "registration/asp_http.h"
-#include "registration/type_library.h"
 #include "scheduler/scheduler.h"
 #include "upload/system_init.h"
 

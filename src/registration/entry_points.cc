@@ -1,6 +1,6 @@
 #include "registration/entry_points.h"
 
-#include "corvane/object.h"
+#include "corvane/registry.h"
 
 extern "C" {
 

@@ -112,6 +112,11 @@ bool IsOneChar(std::string_view s) { return !s.empty() && utf8::DecodeAt(s, 0).b
 
 bool IsSupportedCodePage(int codePage) { return codePage == kCodePageGbk || codePage == kCodePageUtf8; }
 
+std::string CharsetName(int codePage) {
+  CheckCodePage(codePage);
+  return codePage == kCodePageUtf8 ? "utf-8" : "gbk";
+}
+
 std::string EncodeCodePage(std::string_view text, int codePage) {
   CheckCodePage(codePage);
   if (utf8::IsAscii(text)) return std::string(text);

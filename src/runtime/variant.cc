@@ -21,32 +21,6 @@ struct Overloaded : Fs... {
 template <class... Fs>
 Overloaded(Fs...) -> Overloaded<Fs...>;
 
-// The numeric value of a number-like kind (Empty counts as 0); nullopt for the others.
-std::optional<double> NumberOf(const Variant::Storage& v) {
-  return std::visit(
-      Overloaded{
-          [](const Variant::EmptyTag&) -> std::optional<double> { return 0.0; },
-          [](bool b) -> std::optional<double> { return b ? -1.0 : 0.0; },
-          [](int16_t i) -> std::optional<double> { return i; },
-          [](int32_t i) -> std::optional<double> { return i; },
-          [](float f) -> std::optional<double> { return f; },
-          [](double d) -> std::optional<double> { return d; },
-          [](const Variant::DateTag& d) -> std::optional<double> { return d.serial; },
-          [](const auto&) -> std::optional<double> { return std::nullopt; },
-      },
-      v);
-}
-
-double ToNumber(const Variant& v) {
-  if (v.IsNull()) throw Error::InvalidUseOfNull();
-  if (const std::string* s = v.StringPtr()) {
-    if (auto d = ParseNumberText(*s)) return *d;
-    throw Error::TypeMismatch();
-  }
-  if (auto d = NumberOf(v.Raw())) return *d;
-  throw Error::TypeMismatch();
-}
-
 // Rounds half to even and checks the range, as CInt and CLng do.
 template <class T>
 T RoundToInt(double d) {
@@ -59,6 +33,21 @@ T RoundToInt(double d) {
 }
 
 }  // namespace
+
+std::optional<double> Variant::NumberOf() const {
+  return std::visit(
+      Overloaded{
+          [](const EmptyTag&) -> std::optional<double> { return 0.0; },
+          [](bool b) -> std::optional<double> { return b ? -1.0 : 0.0; },
+          [](int16_t i) -> std::optional<double> { return i; },
+          [](int32_t i) -> std::optional<double> { return i; },
+          [](float f) -> std::optional<double> { return f; },
+          [](double d) -> std::optional<double> { return d; },
+          [](const DateTag& d) -> std::optional<double> { return d.serial; },
+          [](const auto&) -> std::optional<double> { return std::nullopt; },
+      },
+      v_);
+}
 
 Variant Variant::Date(int year, int month, int day, int hour, int minute, int second) {
   return FromDate(DateTimeSerial(year, month, day, hour, minute, second));
@@ -103,21 +92,29 @@ std::string Variant::Text() const {
 
 int16_t Variant::ToInteger() const {
   if (auto* i = std::get_if<int16_t>(&v_)) return *i;
-  return RoundToInt<int16_t>(ToNumber(*this));
+  return RoundToInt<int16_t>(ToDouble());
 }
 
 int32_t Variant::ToLong() const {
   if (auto* i = std::get_if<int32_t>(&v_)) return *i;
-  return RoundToInt<int32_t>(ToNumber(*this));
+  return RoundToInt<int32_t>(ToDouble());
 }
 
 float Variant::ToSingle() const {
-  double d = ToNumber(*this);
+  double d = ToDouble();
   if (std::isfinite(d) && std::fabs(d) > std::numeric_limits<float>::max()) throw Error::Overflow();
   return static_cast<float>(d);
 }
 
-double Variant::ToDouble() const { return ToNumber(*this); }
+double Variant::ToDouble() const {
+  if (IsNull()) throw Error::InvalidUseOfNull();
+  if (const std::string* s = StringPtr()) {
+    if (auto d = ParseNumberText(*s)) return *d;
+    throw Error::TypeMismatch();
+  }
+  if (auto d = NumberOf()) return *d;
+  throw Error::TypeMismatch();
+}
 
 double Variant::ToDate() const {
   if (auto* d = std::get_if<DateTag>(&v_)) return d->serial;
@@ -126,7 +123,7 @@ double Variant::ToDate() const {
     if (auto d = ParseDateText(*s)) return *d;
     throw Error::TypeMismatch();
   }
-  if (auto d = NumberOf(v_)) return *d;
+  if (auto d = NumberOf()) return *d;
   throw Error::TypeMismatch();
 }
 
@@ -137,7 +134,7 @@ bool Variant::ToBool() const {
     if (EqualsNoCase(t, "true")) return true;
     if (EqualsNoCase(t, "false")) return false;
   }
-  return ToNumber(*this) != 0.0;
+  return ToDouble() != 0.0;
 }
 
 const Bytes& Variant::ToBytes() const {
@@ -159,8 +156,8 @@ std::optional<int> Compare(const Variant& a, const Variant& b) {
   // Empty beside a text counts as "".
   if (sa && b.IsEmpty()) return sa->empty() ? 0 : 1;
   if (sb && a.IsEmpty()) return sb->empty() ? 0 : -1;
-  auto na = NumberOf(a.Raw());
-  auto nb = NumberOf(b.Raw());
+  auto na = a.NumberOf();
+  auto nb = b.NumberOf();
   if (na && nb) return sign(*na, *nb);
   if (na && sb) return -1;  // a number is less than any text
   if (sa && nb) return 1;
@@ -172,7 +169,7 @@ bool Equals(const Variant& a, const Variant& b) {
   return c && *c == 0;
 }
 
-bool EqualsLiteral(const Variant& v, double literal) { return !v.IsNull() && ToNumber(v) == literal; }
+bool EqualsLiteral(const Variant& v, double literal) { return !v.IsNull() && v.ToDouble() == literal; }
 
 bool EqualsLiteral(const Variant& v, std::string_view literal) {
   if (v.IsNull()) return false;

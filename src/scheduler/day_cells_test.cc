@@ -105,7 +105,7 @@ TEST_F(DayCells, TooltipMarkListsPublicPlansWithTheLastClass) {
 
 TEST(DayCellsWithoutConnection, FailAtTheDataLayer) {
   host::Session session;
-  host::Page page(host::PageRequest{.url = "/p.asp"}, session);
+  host::Page page(host::PageRequest{.url = "/p.asp"}, session, corvane::testing::LibraryHost());
   Object obj = page.Server().CreateObject("corvane.scheduler");
   Variant dt("2026-11-03"), id(1);
   EXPECT_THROW(obj.As<scheduler>()->GetPersonDay2(dt, id), Error);

@@ -34,7 +34,7 @@ Variant scheduler::DispLeaderMonth(Variant& dtDate, Variant& strCond) {
 // The name column, then the seven days from the Monday on or before dtDate, each as "星期<name><br>"
 // and the date (a Monday given as text shows as that text).
 Variant scheduler::DispLeaderWeekHeader(const Variant& dtDate) {
-  std::string out = "<table cellspadding=0 cellspacing=1 width=100% height=85%>" + std::string(kCrLf) +
+  std::string out = "<table cellspadding=0 cellspacing=1 width=100% height=85%>" + kCrLf +
                     "<tr class='schh'>" + "<th height='23' nowrap>姓名</th>";
   Variant day = GetPrevMonday(dtDate);
   for (int i = 0; i < 7; ++i) {
@@ -42,18 +42,18 @@ Variant scheduler::DispLeaderWeekHeader(const Variant& dtDate) {
            "</th>";
     day = scheduling::DateVariant(AddDays(AsDate(day), 1));
   }
-  out += "</tr>" + std::string(kCrLf);
+  out += "</tr>" + kCrLf;
   return Variant(out);
 }
 
 Variant scheduler::DispLeaderMonthHeader(const Variant& dtDate) {
   double date = AsDate(dtDate);
-  std::string out = "<table cellspadding=0 cellspacing=1 width=100% >" + std::string(kCrLf) +
+  std::string out = "<table cellspadding=0 cellspacing=1 width=100% >" + kCrLf +
                     "<tr class='schh'><th nowrap>姓&nbsp;&nbsp;名</th>";
   for (double d = DateSerial(Year(date), Month(date), 1); Month(d) == Month(date); d = AddDays(d, 1))
     out += "<th height='23' nowrap>" + std::to_string(Day(d)) + "<br>" + scheduling::WeekdayName(d) +
            "</th>";
-  out += "</tr>" + std::string(kCrLf);
+  out += "</tr>" + kCrLf;
   return Variant(out);
 }
 
@@ -106,7 +106,7 @@ Variant scheduler::GetMenu(Variant& strCond) {
   while (!rs->Eof()) {
     out += "outlookbar.additem('" + rs->Field(kPersonName).Text() +
            "',t,'../scheduler/personMonth.asp?personID=" + rs->Field(kPersonID).Text() + "&rnd=" +
-           SessionValue("rnd").Text() + "');" + std::string(kCrLf);
+           SessionValue("rnd").Text() + "');" + kCrLf;
     rs->MoveNext();
   }
   rs->Close();

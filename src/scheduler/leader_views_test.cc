@@ -108,7 +108,7 @@ TEST_F(LeaderViews, MenuTracesTheStaffQuery) {
             "<span id=debugID style='display:none'>// select person.personID,person.personName,"
             "person.dutyID,personDuty.dutyName from person,personDuty where  person.DutyID=personDuty.DutyID "
             "and systemID=1 and person.personID<>4 order by person.dutyID </span>");
-  EXPECT_THROW(page->End(), Error);
+  EXPECT_EQ(page->End().size(), 1u);
 }
 
 TEST_F(LeaderViews, AnEmptyConditionOrNoSystemFailsAtTheDatabase) {

@@ -15,11 +15,11 @@ Variant scheduler::DispMonth(Variant& dtDate, Variant& pID) {
 }
 
 Variant scheduler::DispMonthHeader() {
-  std::string out = "<table cellspadding=0 cellspacing=1 width=100% height=85%>" + std::string(kCrLf) +
+  std::string out = "<table cellspadding=0 cellspacing=1 width=100% height=85%>" + kCrLf +
                     "<tr class='schh'>";
   for (const char* name : {"星期一", "星期二", "星期三", "星期四", "星期五", "星期六", "星期日"})
     out += std::string("<th height='23' nowrap>") + name + "</th>";
-  out += "</tr>" + std::string(kCrLf);
+  out += "</tr>" + kCrLf;
   return Variant(out);
 }
 
@@ -36,7 +36,7 @@ Variant scheduler::DispMonthContent(Variant& dtDate, Variant& pID) {
   int before = Month(AddMonths(date, -1));
   std::string out;
   while (Month(d) == shown || Month(d) == before) {
-    out += " <tr height=40>" + std::string(kCrLf);
+    out += " <tr height=40>" + kCrLf;
     for (int i = 0; i < 7; ++i) {
       if (Month(d) != shown) {
         out += "<td class='sch0'>&nbsp;</td>";
@@ -44,13 +44,13 @@ Variant scheduler::DispMonthContent(Variant& dtDate, Variant& pID) {
         int day = Day(d);
         out += "<td class='" + slots.CellClass(day) + "' valign='top' onclick=manage('" + DateText(d) +
                "');>" + std::to_string(day) + "<br><span style='font-size:12px;'>" +
-               slots.PlanText(day, "<br>") + "</span></td>" + std::string(kCrLf);
+               slots.PlanText(day, "<br>") + "</span></td>" + kCrLf;
       }
       d = AddDays(d, 1);
     }
-    out += " </tr>" + std::string(kCrLf);
+    out += " </tr>" + kCrLf;
   }
-  out += " </table>" + std::string(kCrLf);
+  out += " </table>" + kCrLf;
   return Variant(out);
 }
 

@@ -45,7 +45,7 @@ Variant scheduler::DispPersonMonth(Variant& dtDate, Variant& pID) {
 // cell is left open and followed by an empty cell; pages are styled around this markup as it is.
 // A Monday given as text is shown as that text for the first day.
 Variant scheduler::DispWeek(Variant& dtDate, Variant& pID) {
-  std::string out = "<table cellspadding=2 cellspacing=1 width=100% >" + std::string(kCrLf);
+  std::string out = "<table cellspadding=2 cellspacing=1 width=100% >" + kCrLf;
   Variant day = GetPrevMonday(dtDate);
   for (int i = 0; i < 7; ++i) {
     Variant plans = GetPersonDay(day, pID);
@@ -55,7 +55,7 @@ Variant scheduler::DispWeek(Variant& dtDate, Variant& pID) {
            Replace(plans.Text(), "||", "<br>") + "</td></tr>";
     day = DateVariant(AddDays(AsDate(day), 1));
   }
-  out += "</table>" + std::string(kCrLf);
+  out += "</table>" + kCrLf;
   return Variant(out);
 }
 

@@ -93,7 +93,7 @@ TEST_F(PersonViews, PlanQueryIsTracedInDebugMode) {
             "personPlan.planAddrTypeID=planAddrType.planAddrTypeID and "
             "personPlan.planAddrID=planAddr.planAddrID and personID=1 and planEndTime>='2026-11-02' "
             "and planStartTime<='2026-11-08'  and planFlagID=1 order by planStartTime</span>");
-  EXPECT_THROW(page->End(), Error);  // the close's trace line comes after the response is let go
+  EXPECT_EQ(page->End().size(), 1u);  // the close's trace line comes after the response is let go
 }
 
 TEST_F(PersonViews, WeekListWholeOutput) {

@@ -25,7 +25,7 @@ Variant scheduler::OnEndPage() {
 
 void scheduler::DebugMode() {
   bDebug = true;
-  WriteTrace("##调试信息:进入调试模式<br>" + std::string(scheduling::kCrLf));
+  WriteTrace("##调试信息:进入调试模式<br>" + scheduling::kCrLf);
 }
 
 void scheduler::Init(Variant& ConnStr) {
@@ -33,12 +33,12 @@ void scheduler::Init(Variant& ConnStr) {
   openDB();
 }
 
-void scheduler::openDB() { host::OpenConnection(objConn, strConn, bDebug, page_.objResponse); }
+void scheduler::openDB() { page_kit::OpenConnection(objConn, strConn, bDebug, page_.objResponse); }
 
-void scheduler::CloseConnection() { host::CloseConnection(objConn, bDebug, page_.objResponse); }
+void scheduler::CloseConnection() { page_kit::CloseConnection(objConn, bDebug, page_.objResponse); }
 
 void scheduler::WriteTrace(const std::string& message) {
-  if (bDebug) host::WriteTrace(page_.objResponse, message);
+  if (bDebug) page_kit::WriteTrace(page_.objResponse, message);
 }
 
 Variant scheduler::SessionValue(const char* key) const { return page_.Session().Get(key); }

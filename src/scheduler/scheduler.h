@@ -21,7 +21,7 @@
 #include "corvane/ado.h"
 #include "corvane/object.h"
 #include "corvane/variant.h"
-#include "host/page_support.h"
+#include "page_kit/page_kit.h"
 
 namespace corvane {
 
@@ -32,7 +32,6 @@ class DaySlots;
 class scheduler : public Dispatch {
  public:
   const ClassInfo& Info() const override;
-  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
 
   // Page attachment, trace switch and connection (scheduler.cc).
   Variant OnStartPage(Variant& sc);
@@ -99,7 +98,7 @@ class scheduler : public Dispatch {
   Variant SessionValue(const char* key) const;
   std::shared_ptr<ado::Recordset> OpenRecordset(const std::string& sql);
 
-  host::PageObjects page_;
+  page_kit::PageObjects page_;
   bool bDebug = false;
   std::shared_ptr<ado::Connection> objConn;
   std::string strConn;

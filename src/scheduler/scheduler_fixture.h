@@ -64,7 +64,7 @@ class SchedulerTest : public ::testing::Test {
 
   // Opens a page, creates the scheduler on it and connects it to the database.
   scheduler& Open(std::string url = "/scheduler/personMonth.asp") {
-    page = std::make_unique<host::Page>(host::PageRequest{.url = std::move(url)}, session);
+    page = std::make_unique<host::Page>(host::PageRequest{.url = std::move(url)}, session, corvane::testing::LibraryHost());
     obj = page->Server().CreateObject("corvane.scheduler");
     Variant conn(db.connectionString);
     obj.As<scheduler>()->Init(conn);

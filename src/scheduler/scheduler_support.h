@@ -6,10 +6,11 @@
 #include <string_view>
 
 #include "corvane/variant.h"
+#include "page_kit/page_kit.h"
 
 namespace corvane::scheduling {
 
-inline constexpr std::string_view kCrLf = "\r\n";
+using page_kit::kCrLf;
 
 // The select list and joins shared by every plan query; the caller appends the person's id and the
 // date conditions. The "alias=expr" items are SQL Server's form; the data layer adapts them.

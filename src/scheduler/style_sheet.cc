@@ -33,9 +33,9 @@ constexpr std::string_view kRules[] = {
 void scheduler::SetDispStyle(Variant& nType) {
   std::string sheet;
   if (EqualsLiteral(nType, "") || EqualsLiteral(nType, 1)) {
-    sheet = "<style>" + std::string(scheduling::kCrLf);
-    for (std::string_view rule : kRules) sheet += std::string(rule) + std::string(scheduling::kCrLf);
-    sheet += "</style>" + std::string(scheduling::kCrLf);
+    sheet = "<style>" + scheduling::kCrLf;
+    for (std::string_view rule : kRules) sheet += std::string(rule) + scheduling::kCrLf;
+    sheet += "</style>" + scheduling::kCrLf;
   }
   page_.Response().Write(sheet);
 }

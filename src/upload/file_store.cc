@@ -38,7 +38,7 @@ Error OpenFailure(int err) {
     case ENOTDIR: return Error::PathNotFound();
     case ENAMETOOLONG: return Error::BadFileName();
     case ENOSPC:
-    case EDQUOT: return Error(61, "Disk full");
+    case EDQUOT: return Error::DiskFull();
     default: return Error::PathFileAccess();
   }
 }

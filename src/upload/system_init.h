@@ -66,7 +66,6 @@ struct UploadItem {
 class SystemInit : public Dispatch {
  public:
   const ClassInfo& Info() const override;
-  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
 
   // Page attachment: keeps the context, then its Request and Server; OnEndPage drops all three.
   // A value that is not a ScriptingContext raises 424.

@@ -120,7 +120,7 @@ class ScratchDrives {
 struct UploadPage {
   explicit UploadPage(std::string body, int codePage = kCodePageGbk, const std::string& type = MultipartType())
       : page(host::PageRequest{.url = "/upload.asp", .contentType = type, .body = std::move(body), .codePage = codePage},
-             session),
+             session, corvane::testing::LibraryHost()),
         obj(page.Server().CreateObject("corvane.SystemInit")),
         up(obj.As<SystemInit>()) {}
 

@@ -1,5 +1,6 @@
-// What every component class shares with its page: the host objects it keeps from the
-// ScriptingContext, the hidden trace line, and the open and close of its one database connection.
+// The page kit: what every component class shares with its page. The host objects it keeps from the
+// ScriptingContext, the line end of its HTML, the hidden trace line, and the open and close of its
+// one database connection.
 #pragma once
 
 #include <memory>
@@ -10,9 +11,10 @@
 #include "corvane/host.h"
 #include "corvane/variant.h"
 
-namespace corvane::host {
+namespace corvane::page_kit {
 
-inline constexpr std::string_view kCrLf = "\r\n";
+// Every line of the components' HTML and traces ends so.
+inline const std::string kCrLf = "\r\n";
 
 // The five host objects a component keeps between OnStartPage and OnEndPage.
 struct PageObjects {
@@ -20,7 +22,7 @@ struct PageObjects {
   std::shared_ptr<host::Request> objRequest;
   std::shared_ptr<host::Server> objServer;
   std::shared_ptr<host::Application> objApplication;
-  std::shared_ptr<SessionObject> objSession;
+  std::shared_ptr<host::SessionObject> objSession;
 
   // Takes Response, Request, Server, Application and Session from the context, in that order.
   // Raises 424 when `scriptingContext` is not a ScriptingContext object.
@@ -31,7 +33,7 @@ struct PageObjects {
   // The page's response; raises 91 (object not set) when the object is not attached.
   host::Response& Response() const;
   host::Request& Request() const;
-  SessionObject& Session() const;
+  host::SessionObject& Session() const;
 };
 
 // The trace line: one Write of "<span id=debugID style='display:none'>" + message + "</span>".
@@ -49,4 +51,4 @@ void OpenConnection(std::shared_ptr<ado::Connection>& objConn, const std::string
 void CloseConnection(std::shared_ptr<ado::Connection>& objConn, bool bDebug,
                      const std::shared_ptr<host::Response>& response);
 
-}  // namespace corvane::host
+}  // namespace corvane::page_kit

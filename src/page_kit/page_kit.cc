@@ -1,11 +1,11 @@
-#include "host/page_support.h"
+#include "page_kit/page_kit.h"
 
 #include "corvane/error.h"
 
-namespace corvane::host {
+namespace corvane::page_kit {
 
 void PageObjects::Take(const Variant& scriptingContext) {
-  auto context = scriptingContext.ToObject().As<ScriptingContext>();
+  auto context = scriptingContext.ToObject().As<host::ScriptingContext>();
   if (!context) throw Error::ObjectRequired();
   objResponse = context->Response();
   objRequest = context->Request();
@@ -32,7 +32,7 @@ host::Request& PageObjects::Request() const {
   return *objRequest;
 }
 
-SessionObject& PageObjects::Session() const {
+host::SessionObject& PageObjects::Session() const {
   if (!objSession) throw Error::ObjectNotSet();
   return *objSession;
 }
@@ -53,7 +53,7 @@ void OpenConnection(std::shared_ptr<ado::Connection>& objConn, const std::string
                     const std::shared_ptr<host::Response>& response) {
   objConn = std::make_shared<ado::Connection>();
   objConn->Open(strConn, "", "", -1);
-  if (bDebug) WriteTrace(response, std::string("##调试信息:打开数据库 OK!<br>") + std::string(kCrLf));
+  if (bDebug) WriteTrace(response, "##调试信息:打开数据库 OK!<br>" + kCrLf);
 }
 
 void CloseConnection(std::shared_ptr<ado::Connection>& objConn, bool bDebug,
@@ -62,7 +62,7 @@ void CloseConnection(std::shared_ptr<ado::Connection>& objConn, bool bDebug,
     objConn->Close();
     objConn.reset();
   }
-  if (bDebug) WriteTrace(response, std::string("##调试信息:关闭数据库 OK!<br>") + std::string(kCrLf));
+  if (bDebug) WriteTrace(response, "##调试信息:关闭数据库 OK!<br>" + kCrLf);
 }
 
-}  // namespace corvane::host
+}  // namespace corvane::page_kit

@@ -8,7 +8,6 @@ namespace corvane {
 class aspHttp : public Dispatch {
  public:
   const ClassInfo& Info() const override;
-  Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args) override;
 };
 
 const ClassInfo& AspHttpClass();

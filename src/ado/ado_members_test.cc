@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "corvane/registry.h"
 #include "corvane/ado.h"
 #include "corvane/error.h"
 #include "corvane/object.h"

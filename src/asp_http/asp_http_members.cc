@@ -1,9 +1,6 @@
-#include "registration/asp_http.h"
-
-#include <memory>
-
-#include "corvane/error.h"
-#include "corvane/variant.h"
+// aspHttp as scripts see it: an identity and no members.
+#include "asp_http/asp_http.h"
+#include "runtime/members.h"
 
 namespace corvane {
 
@@ -14,15 +11,11 @@ const ClassInfo& AspHttpClass() {
       .clsid = "{d9a09344-e9e5-42c0-9f54-ab9c93d40186}",
       .iid = "{2d21cb8d-f87b-4a4b-af8f-3f987cd01d57}",
       .members = {},
-      .create = [] { return Object(std::make_shared<aspHttp>()); },
+      .create = Create<aspHttp>,
   };
   return info;
 }
 
 const ClassInfo& aspHttp::Info() const { return AspHttpClass(); }
-
-Variant aspHttp::InvokeMember(int32_t dispid, InvokeKind, Args&) {
-  throw Error::NoSuchMember(std::to_string(dispid));
-}
 
 }  // namespace corvane

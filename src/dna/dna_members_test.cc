@@ -59,7 +59,7 @@ TEST(DNAClass, PageAttachment) {
 
   StaffDatabase db;
   host::Session session;
-  host::Page page(host::PageRequest{.url = "/staff.asp"}, session);
+  host::Page page(host::PageRequest{.url = "/staff.asp"}, session, corvane::testing::LibraryHost());
   Object dna = page.Server().CreateObject("corvane.DNA");
   // The field lists are never sized before OpenDNA.
   EXPECT_EQ(ErrorNumber([&] { dna.Invoke("DispSetColumns"); }), 9);
@@ -80,7 +80,7 @@ TEST(DNAClass, LateBoundMethodsWithReferenceArguments) {
   StaffDatabase db;
   host::Session session;
   session.Set("strURL", Variant("/staff.asp"));
-  host::Page page(host::PageRequest{.url = "/staff.asp", .queryString = "action=delete&id=2"}, session);
+  host::Page page(host::PageRequest{.url = "/staff.asp", .queryString = "action=delete&id=2"}, session, corvane::testing::LibraryHost());
   Object dna = page.Server().CreateObject("corvane.DNA");
   Args open{Variant(db.connectionString), Variant(kStaffSQL), Variant(kStaffCaptions)};
   dna.Invoke("opendna", open);  // names are matched case-insensitively
