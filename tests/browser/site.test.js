@@ -1,6 +1,7 @@
 // The demo site in headless Chromium: sign in, a table page (sort, page, edit, add, search, columns,
 // delete, debug, print), a person's calendar, a group's menu rights and members, and an upload with
-// a Chinese file name. Every step checks what the page shows and what the database holds.
+// a Chinese file name, on the GBK site and on a second site served in UTF-8 (code page 65001).
+// Every step checks what the page shows and what the database holds.
 //
 //   node site.test.js [path/to/corvane-server]     (or CORVANE_SERVER=...)
 // Screenshots go to CORVANE_SCREENSHOTS (default: build/browser-screenshots under the repository).
@@ -19,12 +20,13 @@ const shots = process.env.CORVANE_SCREENSHOTS || path.join(repo, 'build', 'brows
 const work = fs.mkdtempSync(path.join(os.tmpdir(), 'corvane-browser-'));
 const dbFile = path.join(work, 'site.db');
 const drives = path.join(work, 'drives');
+const servers = [];
 
-let server, browser, page, base;
+let browser, page, base;
 
-// One value or rows of the database, through Debian's sqlite3 shell.
-function sql(query) {
-  return execFileSync('sqlite3', ['-batch', '-noheader', dbFile, query], { encoding: 'utf8' }).trim();
+// One value or rows of a site's database, through Debian's sqlite3 shell.
+function sql(query, db = dbFile) {
+  return execFileSync('sqlite3', ['-batch', '-noheader', db, query], { encoding: 'utf8' }).trim();
 }
 
 function today() {
@@ -42,10 +44,12 @@ async function clickAndLoad(locator) {
   await Promise.all([page.waitForLoadState('load'), page.waitForNavigation(), locator.click()]);
 }
 
-function startServer() {
+// Starts a corvane-server on a free port with its own database and drives; resolves to its address.
+function startServer(db, driveRoot, more = []) {
   return new Promise((resolve, reject) => {
-    server = spawn(serverBinary, ['--port', '0', '--db', dbFile, '--drives', drives, '--no-access-log'],
-                   { cwd: work, stdio: ['ignore', 'pipe', 'inherit'] });
+    const server = spawn(serverBinary, ['--port', '0', '--db', db, '--drives', driveRoot, '--no-access-log', ...more],
+                         { cwd: work, stdio: ['ignore', 'pipe', 'inherit'] });
+    servers.push(server);
     let out = '';
     const timer = setTimeout(() => reject(new Error('corvane-server did not start: ' + out)), 60000);
     server.stdout.on('data', (chunk) => {
@@ -65,7 +69,7 @@ function startServer() {
 
 before(async () => {
   fs.mkdirSync(shots, { recursive: true });
-  base = await startServer();
+  base = await startServer(dbFile, drives);
   // A fresh profile folder each run (playwright passes it as --user-data-dir).
   browser = await chromium.launchPersistentContext(fs.mkdtempSync(path.join(work, 'profile-')), {
     executablePath: process.env.CHROMIUM || '/usr/bin/chromium',
@@ -81,7 +85,7 @@ before(async () => {
 
 after(async () => {
   if (browser) await browser.close();
-  if (server) {
+  for (const server of servers) {
     const exited = new Promise((resolve) => server.once('exit', resolve));
     server.kill('SIGTERM');
     const code = await exited;
@@ -299,17 +303,34 @@ test('demo site', async (t) => {
     assert.equal(sql('select count(*) from accessPerson where accessGroupID=2 and accessPersonID=12'), '1');
   });
 
-  await t.test('uploads a file with a Chinese name', async () => {
-    const file = path.join(work, '测试文件.txt');
+  // An upload of a Chinese-named file with a Chinese remark: the file is found under its name.
+  async function upload(site, db, driveRoot, name, remark, screenshot) {
+    const file = path.join(work, name);
     fs.writeFileSync(file, 'hello 上传\n');
-    await page.goto(base + '/upload.asp');
+    await page.goto(site + '/upload.asp');
     await page.setInputFiles('input[name=file1]', file);
-    await page.fill('input[name=remark]', '季度报告');
+    await page.fill('input[name=remark]', remark);
     await clickAndLoad(page.locator('input[type=submit]'));
-    assert.ok((await page.locator('#uploadMessage').innerText()).includes('上传成功：测试文件.txt'));
-    assert.equal(sql('select fileName||"|"||fileSize||"|"||remark from upload'), `测试文件.txt|${fs.statSync(file).size}|季度报告`);
-    const stored = path.join(drives, 'd', 'up', '测试文件.txt');
-    assert.equal(fs.readFileSync(stored, 'utf8'), 'hello 上传\n');
-    await shot('12-upload');
+    assert.ok((await page.locator('#uploadMessage').innerText()).includes('上传成功：' + name));
+    assert.equal(sql('select fileName||"|"||fileSize||"|"||remark from upload', db), `${name}|${fs.statSync(file).size}|${remark}`);
+    assert.equal(fs.readFileSync(path.join(driveRoot, 'd', 'up', name), 'utf8'), 'hello 上传\n');
+    await shot(screenshot);
+  }
+
+  await t.test('uploads a file with a Chinese name', () => upload(base, dbFile, drives, '测试文件.txt', '季度报告', '12-upload'));
+
+  await t.test('on a UTF-8 site too, where two Chinese names stay apart', async () => {
+    const db = path.join(work, 'utf8.db'), driveRoot = path.join(work, 'utf8-drives');
+    const site = await startServer(db, driveRoot, ['--codepage', '65001']);
+    await page.goto(site + '/login.asp');
+    await page.fill('input[name=loginName]', 'zhangwei');
+    await page.fill('input[name=password]', '123456');
+    await clickAndLoad(page.locator('input[type=submit]'));
+    await upload(site, db, driveRoot, '张三.txt', '第一季度', '13-upload-utf8');
+    fs.writeFileSync(path.join(work, '李四.txt'), 'other\n');
+    await page.setInputFiles('input[name=file1]', path.join(work, '李四.txt'));
+    await clickAndLoad(page.locator('input[type=submit]'));
+    assert.equal(fs.readFileSync(path.join(driveRoot, 'd', 'up', '张三.txt'), 'utf8'), 'hello 上传\n');
+    assert.equal(fs.readFileSync(path.join(driveRoot, 'd', 'up', '李四.txt'), 'utf8'), 'other\n');
   });
 });
