@@ -32,21 +32,25 @@ TEST(RequestValues, DecodedInTheCodePageAndJoined) {
   EXPECT_TRUE(r.ServerVariables("NO_SUCH").IsEmpty());
 }
 
+// A multipart body is not parsed but read raw: BinaryRead copies, BinaryReadView gives a view of the body.
 TEST(RequestValues, Utf8CodePageAndRawBody) {
   Session session;
   Page page(PageRequest{.url = "/u.asp", .queryString = "n=%E4%B8%AD", .contentType = "multipart/form-data; boundary=x",
                         .body = "--x\r\nbody", .codePage = kCodePageUtf8},
             session);
-  EXPECT_EQ(page.Request().QueryString("n").ToString(), "中");
-  EXPECT_TRUE(page.Request().Form("anything").IsEmpty());  // a multipart body is not parsed
-  EXPECT_EQ(page.Request().TotalBytes(), 9);
-  int32_t n = 4;
-  Variant first = page.Request().BinaryRead(n);
-  EXPECT_EQ(n, 4);
+  Request& r = page.Request();
+  EXPECT_EQ(r.QueryString("n").ToString(), "中");
+  EXPECT_TRUE(r.Form("anything").IsEmpty());
+  EXPECT_EQ(r.TotalBytes(), 9);
+  int32_t n = 3;
+  EXPECT_EQ(r.BinaryReadView(n), "--x");
+  n = 2;
+  EXPECT_EQ(r.BinaryRead(n).ToBytes(), (Bytes{'\r', '\n'}));
   n = 100;
-  Variant rest = page.Request().BinaryRead(n);
-  EXPECT_EQ(n, 5);
-  EXPECT_EQ(std::string(rest.ToBytes().begin(), rest.ToBytes().end()), "\nbody");
+  EXPECT_EQ(r.BinaryReadView(n).data(), r.Body().data() + 5);
+  EXPECT_EQ(n, 4);
+  n = -1;
+  EXPECT_EQ(ErrorNumber([&] { r.BinaryReadView(n); }), 5);
 }
 
 TEST(SessionValues, KeysAreCaseInsensitiveAndSharedAcrossPages) {
@@ -68,14 +72,11 @@ TEST(ResponseWrites, EveryValueKindAndObjectsRefused) {
   Session session;
   Page page(PageRequest{.url = "/a.asp"}, session);
   Response& r = page.Response();
-  r.Write(Variant("a"));
-  r.Write(Variant::Null());
-  r.Write(Variant(int16_t{7}));
-  r.Write(Variant(true));
+  for (const Variant& v : {Variant("a"), Variant::Null(), Variant(), Variant(int16_t{7}), Variant(true)})
+    r.Write(v);
   r.Write("中");
   EXPECT_EQ(page.Writes(), (std::vector<std::string>{"a", "7", "True", "中"}));
-  EXPECT_EQ(page.Output(), "a7True中");
-  EXPECT_THROW(r.Write(Variant(Object())), Error);
+  EXPECT_EQ(ErrorNumber([&] { r.Write(Variant(Object())); }), 13);
 }
 
 // A component stand-in that records how the host attaches it; one made with `failing` raises 91 in
@@ -129,12 +130,6 @@ TEST(ServerCreateObject, AttachesAtStartAndEndsEveryObjectAtPageEnd) {
   EXPECT_TRUE(page.End().empty());  // once
 }
 
-TEST(ServerCreateObject, WithoutAFactoryEveryNameIs429) {
-  Session session;
-  Page page(PageRequest{.url = "/p.asp"}, session);
-  EXPECT_EQ(ErrorNumber([&] { page.Server().CreateObject("corvane.DNA"); }), 429);
-}
-
 TEST(ContextLateBound, GivesTheHostObjects) {
   Session session;
   Page page(PageRequest{.url = "/c.asp", .queryString = "x=1"}, session);
@@ -147,6 +142,9 @@ TEST(ContextLateBound, GivesTheHostObjects) {
   Args count{Variant(0)};
   request.Invoke("BinaryRead", count);
   EXPECT_EQ(count[0].ToLong(), 0);
+  // Without a class factory from the page host, every name is 429.
+  Object server = ctx.Get("Server").ToObject();
+  EXPECT_EQ(ErrorNumber([&] { server.Invoke("CreateObject", {Variant("corvane.DNA")}); }), 429);
 }
 
 }  // namespace

@@ -1,99 +1,66 @@
 #include <gtest/gtest.h>
 
-#include "corvane/corvane.h"
-#include "scheduler/scheduler.h"
+#include <tuple>
 
-namespace corvane {
-namespace {
+#include "scheduler/scheduler_fixture.h"
+#include "scheduler/scheduler_support.h"
 
-Variant D(int y, int m, int d, int hh = 0, int mm = 0) { return Variant::Date(y, m, d, hh, mm); }
+namespace corvane::scheduling::testing {
 
-struct MondayCase {
-  Variant date;
-  std::string firstMonday;
-};
-
-TEST(GetFirstMonday, MondayOnOrBeforeTheFirstOfTheMonth) {
-  const MondayCase cases[] = {
-      {D(2026, 6, 17), "2026-06-01"},         // the 1st is a Monday
-      {D(2026, 6, 1), "2026-06-01"},
-      {D(2026, 11, 20), "2026-10-26"},        // the 1st is a Sunday: six days back
-      {D(2024, 2, 29), "2024-01-29"},         // leap February
-      {D(2026, 2, 10), "2026-01-26"},
-      {D(2027, 2, 28), "2027-02-01"},
-      {D(2026, 1, 15), "2025-12-29"},         // January: back into December
-      {D(2026, 6, 17, 8, 30), "2026-06-01"},  // no time of day
-      {Variant("2026-11-20"), "2026-10-26"},  // date text
+// Weekdays of the 1sts: 2026-06 Monday, 2026-11 Sunday, 2026-01 Thursday. A Monday still counts in
+// the week before it; the count rises on the Tuesday.
+TEST(Calendar, FirstMondayWeekNumberAndPreviousMonday) {
+  struct Case { Variant date; const char* first; int week; const char* prev; VarType prevType; } cases[] = {
+      {Variant::Date(2026, 6, 1), "2026-06-01", 1, "2026-06-01", vtDate},  // a Monday 1st: itself, week 1
+      {Variant("2026-11-01"), "2026-10-26", 1, "2026-10-26", vtDate},      // a Sunday: six days back
+      {Variant::Date(2026, 11, 2), "2026-10-26", 1, "2026-11-02", vtDate},  // as the Sunday before
+      {Variant::Date(2026, 11, 3, 8, 30), "2026-10-26", 2, "2026-11-02 08:30:00", vtDate},  // time kept
+      {Variant("2026-01-03"), "2025-12-29", 1, "2025-12-29", vtDate},      // into the year before
+      {Variant("2026-11-20"), "2026-10-26", 4, "2026-11-16", vtDate},      // a stepped text is a Date
+      {Variant("2026/11/2"), "2026-10-26", 1, "2026/11/2", vtString},      // a Monday comes back as passed
   };
-  scheduler s;
-  for (const auto& c : cases) {
-    Variant r = s.GetFirstMonday(c.date);
-    EXPECT_EQ(r.Type(), vtDate) << DebugString(c.date);
-    EXPECT_EQ(r.Text(), c.firstMonday) << DebugString(c.date);
+  Object s = CreateObject("corvane.scheduler");
+  for (const Case& c : cases) {
+    Variant first = s.Invoke("GetFirstMonday", {c.date}), week = s.Invoke("CountWeek", {c.date}),
+            prev = s.Invoke("GetPrevMonday", {c.date});
+    EXPECT_EQ(std::tuple(first.Type(), first.Text(), week.Type(), week.ToLong(), prev.Type(), prev.Text()),
+              std::tuple(vtDate, c.first, vtInteger, c.week, c.prevType, c.prev))
+        << DebugString(c.date);
   }
 }
 
-struct WeekCase {
-  Variant date;
-  int week;
-};
+// 张三's plans at the midnight of November 4th: each newer item wraps the ones before it, right
+// after its own opening tag. His own day shows every flag; anyone else's view the public ones only.
+constexpr const char* kOwnDay =
+    "<span class=Office style='width:100%;'> <span class=Beijing style='width:100%;'> "
+    "<span class=Outside style='width:100%;'> <span class=Aboad style='width:100%;'> 1.国外:东京&nbsp;</span>||"
+    "2.外地:总部&nbsp;</span>||3.北京:海淀&nbsp;</span>||4.其他:总部&nbsp;</span>||";
+constexpr const char* kPublicDay =
+    "<span class=Beijing style='width:100%;'> <span class=Aboad style='width:100%;'> 1.国外:东京&nbsp;</span>||"
+    "2.北京:海淀&nbsp;</span>||";
 
-TEST(CountWeek, AMondayStillBelongsToTheWeekBeforeIt) {
-  const WeekCase cases[] = {
-      {D(2026, 6, 1), 1},   // the 1st is a Monday and is week 1
-      {D(2026, 6, 2), 2},   // ... the 2nd to the 8th are week 2
-      {D(2026, 6, 8), 2},
-      {D(2026, 6, 9), 3},
-      {D(2026, 6, 30), 6},
-      {D(2026, 11, 1), 1},  // the 1st is a Sunday
-      {D(2026, 11, 2), 1},  // Monday: the count of the Sunday before
-      {D(2026, 11, 3), 2},  // Tuesday: one more
-      {D(2026, 11, 30), 5},
-      {D(2024, 2, 29), 5},
-      {D(2027, 2, 28), 5},
-      {D(2026, 1, 1), 1},
-      {D(2026, 11, 3, 23, 59), 2},
-      {Variant("2026-11-10"), 3},
-  };
-  scheduler s;
-  for (const auto& c : cases) {
-    Variant r = s.CountWeek(c.date);
-    EXPECT_EQ(r.Type(), vtInteger) << DebugString(c.date);
-    EXPECT_EQ(r.ToLong(), c.week) << DebugString(c.date);
+// The owner is found by the whole-number parts (Int, not CInt); a Null id makes "differ" false.
+TEST_F(SchedulerTest, DayCellsShowOwnPlansOfEveryFlagAndOthersPublicOnes) {
+  const Object& s = Open();
+  Variant day("2026-11-04"), empty("2026-11-20"), id(1);
+  // The signed-in id, and the day's text (nullptr: the comparison raises 13).
+  const std::pair<Variant, const char*> cases[] = {
+      {Variant(1), kOwnDay},    {Variant("1"), kOwnDay},      {Variant(1.9), kOwnDay}, {Variant::Null(), kOwnDay},
+      {Variant(2), kPublicDay}, {Variant(0.99), kPublicDay}, {Variant("somebody"), nullptr}};
+  for (auto [signedIn, expected] : cases) {
+    session.Set("personID", signedIn);
+    if (expected) EXPECT_EQ(s.Invoke("GetPersonDay", {day, id}).Text(), expected) << DebugString(signedIn);
+    else EXPECT_EQ(ErrorNumber([&] { s.Invoke("GetPersonDay", {day, id}); }), 13);
   }
+  // The mark does not read the session (no number now): public plans only, the last plan's class.
+  EXPECT_EQ(s.Invoke("GetPersonDay2", {day, id}).Text(),
+            "<span class=Beijing title='1.国外:东京2.北京:海淀'>&nbsp;&nbsp;</span>");
+  EXPECT_EQ(s.Invoke("GetPersonDay2", {empty, id}).Text(), "<span class= title=''>&nbsp;&nbsp;</span>");
+  // The location class by type id; numeric text counts as its number, Null as any other value.
+  const std::pair<Variant, const char*> classes[] = {
+      {Variant(2), "Beijing"}, {Variant("2"), "Beijing"}, {Variant(int16_t{3}), "Outside"}, {Variant(4.0), "Aboad"},
+      {Variant(1), "Office"}, {Variant(5), "Office"}, {Variant::Null(), "Office"}, {Variant(), "Office"}};
+  for (const auto& [type, cls] : classes) EXPECT_EQ(LocationClass(type), cls) << DebugString(type);
 }
 
-TEST(GetPrevMonday, StepsBackToMondayKeepingTheTime) {
-  scheduler s;
-  EXPECT_EQ(s.GetPrevMonday(D(2026, 11, 8)), Variant::FromDate(D(2026, 11, 2).ToDate()));  // Sunday
-  EXPECT_EQ(s.GetPrevMonday(D(2026, 11, 7)).Text(), "2026-11-02");
-  EXPECT_EQ(s.GetPrevMonday(D(2026, 11, 3, 8, 30)).Text(), "2026-11-02 08:30:00");
-  EXPECT_EQ(s.GetPrevMonday(D(2026, 3, 1)).Text(), "2026-02-23");  // across a month
-  EXPECT_EQ(s.GetPrevMonday(D(2026, 1, 3)).Text(), "2025-12-29");  // across a year
-  Variant tuesdayText("2026-11-03");
-  EXPECT_EQ(s.GetPrevMonday(tuesdayText).Type(), vtDate);  // a stepped value is a Date
-}
-
-TEST(GetPrevMonday, AMondayComesBackExactlyAsPassed) {
-  scheduler s;
-  const Variant mondays[] = {Variant("2026-11-02"), Variant("2026/11/2"), D(2026, 11, 2),
-                             D(2026, 11, 2, 17, 45)};
-  for (const Variant& m : mondays) EXPECT_EQ(s.GetPrevMonday(m), m) << DebugString(m);
-}
-
-TEST(CalendarRules, NonDatesRaiseTypeMismatch) {
-  scheduler s;
-  for (const Variant& bad : {Variant("next week"), Variant("")}) {
-    for (auto call : {&scheduler::GetFirstMonday, &scheduler::CountWeek, &scheduler::GetPrevMonday}) {
-      try {
-        (s.*call)(bad);
-        ADD_FAILURE() << DebugString(bad);
-      } catch (const Error& e) {
-        EXPECT_EQ(e.Number(), 13);
-      }
-    }
-  }
-}
-
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::scheduling::testing

@@ -1,12 +1,12 @@
-// Test fixture for the scheduler: a scratch database with the plan and staff tables, a signed-in
-// session, and a page on which "corvane.scheduler" is created and connected.
+// Test fixture for the scheduler: a scratch database holding one small company and its plans, a
+// signed-in session, a fixed clock and a page on which "corvane.scheduler" is created and connected.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "corvane/corvane.h"
 #include "scheduler/scheduler.h"
@@ -14,100 +14,72 @@
 
 namespace corvane::scheduling::testing {
 
-// Location types 1 本部 (Office), 2 北京, 3 外地, 4 国外 (stored with blanks around it), 5 其他;
-// places 1 总部, 2 海淀, 3 上海, 4 东京. Duties 1 经理, 2 职员. Plans are added by each test.
-inline void CreateTables(const corvane::testing::ScratchDatabase& db) {
-  db.Run({
-      "create table planAddrType(planAddrTypeID int primary key, planAddrTypeName varchar(20))",
-      "create table planAddr(planAddrID int primary key, planAddrName varchar(40))",
-      "create table personPlan(planID integer primary key, planStartTime datetime, planEndTime datetime,"
-      " planAddrTypeID int, planAddrID int, planAddrDetail varchar(50), planTypeID int,"
-      " planContent varchar(200), planAddition varchar(200), planFlagID int, personID int)",
-      "create table personDuty(dutyID int primary key, dutyName varchar(20))",
-      "create table person(personID int primary key, personName varchar(20), dutyID int, systemID int)",
-      "insert into planAddrType values (1,'本部'),(2,'北京'),(3,'外地'),(4,'  国外 '),(5,'其他')",
-      "insert into planAddr values (1,'总部'),(2,'海淀'),(3,'上海'),(4,'东京')",
-      "insert into personDuty values (1,'经理'),(2,'职员')",
-  });
-}
+using corvane::testing::ErrorNumber;
+using corvane::testing::Golden;
 
-// One plan row: times as 'yyyy-mm-dd[ hh:mm:ss]' text.
-struct Plan {
-  int person;
-  std::string start;
-  std::string end;
-  int type;
-  int place;
-  int flag;
-};
+// The expected text of src/scheduler/golden/<name>.
+inline std::string Expected(const std::string& name) { return Golden("src/scheduler/golden/" + name); }
 
-inline void AddPlans(const corvane::testing::ScratchDatabase& db, const std::vector<Plan>& plans) {
-  ado::Connection c;
-  c.Open(db.connectionString);
-  for (const Plan& p : plans) {
-    c.Execute("insert into personPlan(planStartTime,planEndTime,planAddrTypeID,planAddrID,"
-              "planAddrDetail,planTypeID,planContent,planAddition,planFlagID,personID) values ('" +
-              p.start + "','" + p.end + "'," + std::to_string(p.type) + "," + std::to_string(p.place) +
-              ",'',1,'','',"+ std::to_string(p.flag) + "," + std::to_string(p.person) + ")");
-  }
-  c.Close();
-}
-
+// Location types 1 本部, 2 北京, 3 外地, 4 国外 (stored with blanks around it), 5 其他; places 1 总部,
+// 2 海淀, 3 上海, 4 东京; duties 1 经理, 2 职员. System 1: 张三 (经理, id 1), 李四 and 赵六 (职员, ids 2
+// and 4); 王五 (id 3) is in system 2. Plans (flag 1 is public, any other flag private):
+//   张三  10-30 .. 11-02              外地:上海  public: across the month end, into slots 30, 31, 1, 2
+//         11-01 .. 11-04              国外:东京  public
+//         11-02 .. 11-05              外地:总部  flag 2
+//         11-03 09:00 .. 11-04 18:00  北京:海淀  public: starts after the midnight of the 3rd
+//         11-04 .. 11-04 12:00        其他:总部  flag 0
+//         11-05 08:00 .. 11-06 07:00  本部:海淀  public: ends earlier in the day than it starts
+//   李四  11-04 .. 11-06              北京:上海  public
+//         11-02                       国外:东京  flag 0
+// The session is 张三's (personID 1, systemID 1, rnd "77"); the clock stands at 08:30:15.5 (Timer).
 class SchedulerTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    CreateTables(db);
-    session.Set("personID", Variant(1));
-    session.Set("systemID", Variant(1));
-    session.Set("rnd", Variant("77"));
+    db.Run({
+        "create table planAddrType(planAddrTypeID int primary key, planAddrTypeName text)",
+        "create table planAddr(planAddrID int primary key, planAddrName text)",
+        "create table personPlan(planID integer primary key, planStartTime datetime, planEndTime datetime,"
+        " planAddrTypeID, planAddrID, planAddrDetail, planTypeID, planContent, planAddition, planFlagID, personID)",
+        "create table personDuty(dutyID int primary key, dutyName text)",
+        "create table person(personID int primary key, personName text, dutyID int, systemID int)",
+        "insert into planAddrType values (1,'本部'),(2,'北京'),(3,'外地'),(4,'  国外 '),(5,'其他')",
+        "insert into planAddr values (1,'总部'),(2,'海淀'),(3,'上海'),(4,'东京')",
+        "insert into personDuty values (1,'经理'),(2,'职员')",
+        "insert into person values (2,'李四',2,1),(1,'张三',1,1),(3,'王五',2,2),(4,'赵六',2,1)",
+        "insert into personPlan(planStartTime,planEndTime,planAddrTypeID,planAddrID,planFlagID,personID) values"
+        " ('2026-10-30','2026-11-02',3,3,1,1), ('2026-11-01','2026-11-04',4,4,1,1),"
+        " ('2026-11-02','2026-11-05',3,1,2,1), ('2026-11-03 09:00:00','2026-11-04 18:00:00',2,2,1,1),"
+        " ('2026-11-04','2026-11-04 12:00:00',5,1,0,1), ('2026-11-05 08:00:00','2026-11-06 07:00:00',1,2,1,1),"
+        " ('2026-11-04','2026-11-06',2,3,1,2), ('2026-11-02','2026-11-02',4,4,0,2)",
+    });
+    for (auto [key, value] : {std::pair{"personID", Variant(1)}, {"systemID", Variant(1)}, {"rnd", Variant("77")}})
+      session.Set(key, value);
+    SetClock([] {
+      std::tm t{.tm_sec = 15, .tm_min = 30, .tm_hour = 8, .tm_mday = 2, .tm_year = 126, .tm_isdst = -1};
+      return std::chrono::system_clock::from_time_t(std::mktime(&t)) + std::chrono::milliseconds(500);
+    });
   }
+  void TearDown() override { SetClock(nullptr); }  // the page, when still open, ends as it goes
 
-  // Opens a page, creates the scheduler on it and connects it to the database.
-  scheduler& Open(std::string url = "/scheduler/personMonth.asp") {
-    page = std::make_unique<host::Page>(host::PageRequest{.url = std::move(url)}, session, corvane::testing::LibraryHost());
+  // Opens a page at `url`, creates the scheduler on it and connects it. The tests call it late-bound,
+  // as the pages do, so that its member table is under test with every call.
+  const Object& Open(std::string url = "/scheduler/personMonth.asp") {
+    page = std::make_unique<host::Page>(host::PageRequest{.url = url}, session, corvane::testing::LibraryHost());
     obj = page->Server().CreateObject("corvane.scheduler");
-    Variant conn(db.connectionString);
-    obj.As<scheduler>()->Init(conn);
-    return *obj.As<scheduler>();
-  }
-
-  void TearDown() override {
-    if (page) page->End();
+    obj.Invoke("Init", {Variant(db.connectionString)});
+    return obj;
   }
 
   corvane::testing::ScratchDatabase db;
   host::Session session;
   std::unique_ptr<host::Page> page;
   Object obj;
+  Variant cond{"person.personID<>4"};  // the leader views' condition: system 1 but 赵六
 };
 
-// The lines of a text split at CR LF (a trailing CR LF gives no empty last line).
-inline std::vector<std::string> Lines(const std::string& text) {
-  std::vector<std::string> out;
-  size_t from = 0;
-  while (from < text.size()) {
-    size_t at = text.find("\r\n", from);
-    if (at == std::string::npos) {
-      out.push_back(text.substr(from));
-      break;
-    }
-    out.push_back(text.substr(from, at - from));
-    from = at + 2;
-  }
-  return out;
-}
-
-// Joins lines, each followed by CR LF.
-inline std::string CrLfLines(const std::vector<std::string>& lines) {
-  std::string out;
-  for (const std::string& l : lines) out += l + "\r\n";
-  return out;
-}
-
-inline size_t Count(const std::string& text, const std::string& what) {
-  size_t n = 0;
-  for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + what.size())) ++n;
-  return n;
+// How often `what` occurs in `text`.
+inline long Count(const std::string& text, std::string_view what) {
+  return long(text.size() - Replace(text, what, "").size()) / long(what.size());
 }
 
 }  // namespace corvane::scheduling::testing

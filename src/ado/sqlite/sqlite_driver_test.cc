@@ -1,0 +1,87 @@
+// What only the SQLite driver does or shows: its connection strings, its messages, its storage classes
+// as field values, and, through the handle under a connection, how few rows a page costs and the state
+// a handle goes back to the pool in.
+#include <filesystem>
+#include <fstream>
+
+#include "ado/data_layer_fixture.h"
+#include "ado/sqlite/sqlite_test_hook.h"
+
+namespace corvane::ado::testing {
+
+using corvane::testing::ScratchDatabase;
+
+// The connection string's rules are the parser's, driver-neutral; SQLite is where they show today.
+TEST(SqliteDriver, OpensABarePathOrAConnectionStringAndSaysWhatWentWrong) {
+  const std::string stem = corvane::testing::ScratchPath("a;b").string(), file = stem + "'.db";
+  Connection a, b;
+  a.Open(file);  // a bare path
+  a.Execute("create table t(id integer primary key)");
+  // Keys in any case, blanks around them, a part without "=", the last of a repeated key, quotes.
+  b.Open("junk; PROVIDER = SQLite; Data Source=" + stem + "-not.db; data source = '" + stem + "''.db' ");
+  EXPECT_EQ(b.Execute("insert into t values(1)"), 1);
+  const std::pair<const char*, const char*> rejected[] = {
+      {"insert into t values(2),(1)", "UNIQUE constraint failed: t.id"},
+      {"update t se", "near \"se\": syntax error"}, {"delete from nowhere", "no such table: nowhere"}};
+  for (const auto& [sql, text] : rejected) EXPECT_THAT([&] { b.Execute(sql); }, ThrowsMessage<Error>(text));
+  EXPECT_EQ(ErrorNumber([] { Connection().Open("Provider=SQLite;Data Source="); }), Error::kDatabaseError);
+  std::ofstream(stem + ".db") << "not a database: just some text that is long enough to have a header";
+  EXPECT_THAT([&] { Connection().Open(stem + ".db"); }, ThrowsMessage<Error>("file is not a database"));
+}
+
+// Values as SQLite stores them under declared types it keeps loosely, and in columns without one.
+TEST(SqliteDriver, StoredValuesUnderEachTypeAndWithoutOne) {
+  ScratchDatabase db;
+  db.Run({"create table t(b bigint, s smallint, f bit, g bit, r real, v varchar(9), bl blob, tb blob, "
+          "dt datetime, u)",
+          "insert into t values(5000000000, 70000, 2, 0, 3, 42, x'00ff', 'ab', 'not a date', 9)"});
+  Recordset rs;
+  rs.Open("select *, 1.5 as q, 'x' as x, 1 << 40 as big, null as z from t", Variant(db.connectionString));
+  const std::tuple<const char*, int, Variant> cases[] = {
+      {"b", adInteger, 5e9}, {"s", adSmallInt, int32_t{70000}}, {"f", adBoolean, true},
+      {"g", adBoolean, false}, {"r", adDouble, 3.0}, {"v", adVarWChar, "42"},
+      {"dt", adDBTimeStamp, "not a date"}, {"u", adInteger, int32_t{9}}, {"q", adDouble, 1.5},
+      {"x", adVarWChar, "x"}, {"big", adDouble, 1099511627776.0}, {"z", adVarWChar, Variant::Null()}};
+  for (const auto& [name, type, value] : cases) {
+    EXPECT_EQ(rs.FieldType(name), type) << name;
+    EXPECT_EQ(rs.Field(name), value) << name;
+  }
+  EXPECT_EQ(rs.Field("bl").ToBytes(), (Bytes{0, 255}));
+  EXPECT_EQ(rs.Field("tb").ToBytes(), (Bytes{'a', 'b'}));  // text in a blob column
+}
+
+// Counts its calls: it runs once for every row the database produces.
+static void CountCalls(sqlite3_context* context, int, sqlite3_value** values) {
+  ++*static_cast<int*>(sqlite3_user_data(context));
+  sqlite3_result_value(context, values[0]);
+}
+
+TEST(SqliteDriver, ADeepPageCostsItsOwnRowsOnlyAndTheHandleGoesBackWithNoStatementPending) {
+  ScratchDatabase db;
+  db.Run({"create table t(id integer primary key)",
+          "insert into t with recursive c(x) as (select 1 union all select x+1 from c where x<1000) "
+          "select x from c"});
+  auto c = std::make_shared<Connection>();
+  c->Open(db.connectionString);
+  sqlite3* handle = detail::SqliteHandleOf(*c);
+  int calls = 0;
+  sqlite3_create_function(handle, "counted", 1, SQLITE_UTF8, &calls, CountCalls, nullptr, nullptr);
+  Recordset rs;
+  rs.Open("select counted(id) from t order by t.id", c);
+  EXPECT_EQ(calls, 1);  // Open reads the first row only
+  rs.SetPageSize(20);
+  calls = 0;
+  rs.SetAbsolutePage(40);
+  for (int i = 0; i < 20; ++i) rs.MoveNext();
+  EXPECT_EQ(calls, 21);  // the page's 20 rows and the first row of the next page
+  EXPECT_EQ(rs.Field(0), Variant(int32_t{801}));
+  c->Close();
+  rs.Close();  // in the middle of its statement
+  Connection next;
+  next.Open(db.connectionString);
+  ASSERT_EQ(detail::SqliteHandleOf(next), handle);
+  for (sqlite3_stmt* s = sqlite3_next_stmt(handle, nullptr); s; s = sqlite3_next_stmt(handle, s))
+    EXPECT_FALSE(sqlite3_stmt_busy(s)) << sqlite3_sql(s);
+}
+
+}  // namespace corvane::ado::testing
