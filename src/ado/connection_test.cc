@@ -1,6 +1,8 @@
 // Connection on every backend: its states and their errors, rows changed, one statement per call, and
 // pooled handles. A temporary table lives as long as the database handle it was made on, so it shows
 // which handle a connection got.
+#include <thread>
+
 #include "ado/data_layer_fixture.h"
 
 namespace corvane::ado::testing {
@@ -59,6 +61,18 @@ TEST_P(ConnectionTest, AHandleGoesBackToThePoolWhenItsLastUserClosesAndComesBack
   EXPECT_EQ(second->Execute("insert marker(x) values(1)"), 1);  // the first one's handle
   second->Execute("insert t(a) values(4)");  // committed at once: the first one's transaction is gone
   EXPECT_EQ(Ids("select a from t order by a"), (std::vector<int32_t>{1, 2, 4}));
+}
+
+// Pages run on several threads at once: each pooled handle serves one connection at a time.
+TEST_P(ConnectionTest, ThreadsShareThePool) {
+  Run({"create table t(a int)"});
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t)
+    threads.emplace_back([&, t] {
+      for (int i = 0; i < 10; ++i) Connect()->Execute("insert t(a) values(" + std::to_string(t * 100 + i) + ")");
+    });
+  for (std::thread& t : threads) t.join();
+  EXPECT_EQ(Ids("select count(distinct a) from t"), std::vector<int32_t>{40});
 }
 
 CORVANE_ON_EVERY_BACKEND(ConnectionTest);
