@@ -1,5 +1,7 @@
 // The registry of creatable classes. Adding a class is one line in the table below: its ClassInfo
 // (ProgID, CLSID, IID, member table and factory) lives beside the class, in its <class>_members.cc.
+// The five components make up the type library "corvane" 1.0, {103e74ae-b907-42b4-89b2-78fa5a63d531};
+// the data-access classes are the platform's own.
 #include <string>
 
 #include "asp_http/asp_http.h"
