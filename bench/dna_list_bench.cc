@@ -22,9 +22,8 @@
 #include <sqlite3.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
-#include <unistd.h>
-
 #include <time.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
@@ -108,7 +107,8 @@ fs::path EnsureDatabase(int rows) {
   }
   int status = 0;
   waitpid(child, &status, 0);
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) throw std::runtime_error("building the database failed");
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
+    throw std::runtime_error("building the database failed");
   return file;
 }
 
@@ -127,7 +127,8 @@ size_t DnaPage(const Case& c, corvane::host::Session& session) {
       corvane::host::PageRequest{.url = "/big.asp", .queryString = "page=" + std::to_string(c.page)}, session,
       corvane::host::PageHost{.createObject = corvane::CreateObject});
   auto dna = page.Server().CreateObject("corvane.DNA").As<corvane::DNA>();
-  Variant conn("Provider=SQLite;Data Source=" + c.file.string()), sql(kListSQL), captions("编号,姓名,部门,工资");
+  Variant conn("Provider=SQLite;Data Source=" + c.file.string()), sql(kListSQL),
+      captions("编号,姓名,部门,工资");
   dna->OpenDNA(conn, sql, captions);
   dna->SetCodeSQL(Variant(kCodeSQL));
   dna->DispList();

@@ -84,8 +84,8 @@ struct Fixture {
                               "planAddrDetail,planTypeID,planContent,planAddition,planFlagID,personID) "
                               "values ('") +
                   start + "','" + end + "'," + std::to_string(1 + i % 4) + "," + std::to_string(1 + i % 5) +
-                  ",'room " + std::to_string(i) + "',1,'plan " + std::to_string(i) + "','',"
-                  + (i % 4 == 3 ? "0" : "1") + "," + std::to_string(p) + ")");
+                  ",'room " + std::to_string(i) + "',1,'plan " + std::to_string(i) + "',''," +
+                  (i % 4 == 3 ? "0" : "1") + "," + std::to_string(p) + ")");
       }
     }
     c.Execute("commit");
@@ -145,8 +145,7 @@ void BM_LeaderMonth(benchmark::State& state) {
     bytes = html.StringPtr()->size();
     benchmark::DoNotOptimize(html);
   }
-  state.counters["queries"] =
-      benchmark::Counter(double(g_statements - before) / double(state.iterations()));
+  state.counters["queries"] = benchmark::Counter(double(g_statements - before) / double(state.iterations()));
   state.counters["html_bytes"] = double(bytes);
 }
 BENCHMARK(BM_LeaderMonth)->Unit(benchmark::kMillisecond);

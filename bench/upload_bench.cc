@@ -29,7 +29,8 @@ std::string LargeFileBody() {
   }
   for (char& c : content)
     if (c == '\x7f') c = 'x';
-  return "--" + kBoundary + "\r\nContent-Disposition: form-data; name=\"file\"; filename=\"C:\\data\\big.bin\"\r\n" +
+  return "--" + kBoundary +
+         "\r\nContent-Disposition: form-data; name=\"file\"; filename=\"C:\\data\\big.bin\"\r\n" +
          "Content-Type: application/octet-stream\r\n\r\n" + content + "\r\n--" + kBoundary + "--\r\n";
 }
 
@@ -37,8 +38,10 @@ std::string SmallFieldsBody() {
   const std::string gbk = EncodeCodePage("张三的报告", kCodePageGbk);
   std::string body;
   for (int i = 0; i < 255; ++i) {
-    body += "--" + kBoundary + "\r\nContent-Disposition: form-data; name=\"field" + std::to_string(i) + "\"\r\n\r\n";
-    body += (i % 4 == 0) ? gbk + " " + std::to_string(i) : "value number " + std::to_string(i) + " of the form";
+    body += "--" + kBoundary + "\r\nContent-Disposition: form-data; name=\"field" + std::to_string(i) +
+            "\"\r\n\r\n";
+    body +=
+        (i % 4 == 0) ? gbk + " " + std::to_string(i) : "value number " + std::to_string(i) + " of the form";
     body += "\r\n";
   }
   return body + "--" + kBoundary + "--\r\n";
@@ -59,7 +62,8 @@ void Run(benchmark::State& state, Work work, int which) {
     state.PauseTiming();
     host::Session session;
     auto page = std::make_unique<host::Page>(
-        host::PageRequest{.url = "/upload.asp", .contentType = "multipart/form-data; boundary=" + kBoundary, .body = body},
+        host::PageRequest{
+            .url = "/upload.asp", .contentType = "multipart/form-data; boundary=" + kBoundary, .body = body},
         session, host::PageHost{.createObject = CreateObject});
     auto up = page->Server().CreateObject("corvane.SystemInit").As<SystemInit>();
     up->UpToFile(2);

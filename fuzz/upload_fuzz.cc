@@ -69,7 +69,8 @@ int64_t CountInText(std::string_view body, int codePage) {
   return Len(text) - Len(Replace(text, "; name=", " name="));
 }
 
-const char* const kPaths[] = {"d:\\up", "d:\\up\\", "D:/up/", "up", "", "c:", "d:\\..\\..\\x", "d:\\missing", "x:"};
+const char* const kPaths[] = {"d:\\up", "d:\\up\\",      "D:/up/",      "up", "",
+                              "c:",     "d:\\..\\..\\x", "d:\\missing", "x:"};
 const char* const kNewNames[] = {"", "same.txt", "..\\..\\..\\escape", "../../../escape", "sub/x", "d:\\x"};
 
 }  // namespace
@@ -119,7 +120,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   if (result.empty()) std::abort();
   if (count != 0 && count != CountInText(input, codePage)) {
-    std::fprintf(stderr, "count %d, text has %lld\n", count, static_cast<long long>(CountInText(input, codePage)));
+    std::fprintf(stderr, "count %d, text has %lld\n", count,
+                 static_cast<long long>(CountInText(input, codePage)));
     std::abort();
   }
   scratch.CheckNothingOutside();

@@ -12,8 +12,8 @@ namespace corvane::server {
 // database error).
 std::string ErrorCode(int32_t number);
 
-// The HTML (UTF-8; the host converts it to the code page) of the error page. Every text in `secrets` (the connection string, the database
-// file) is blanked out of the description before it is shown.
+// The HTML (UTF-8; the host converts it to the code page) of the error page. Every text in `secrets` (the
+// connection string, the database file) is blanked out of the description before it is shown.
 std::string ErrorPageHtml(int32_t number, std::string_view description, std::string_view page,
                           const std::vector<std::string>& secrets = {});
 

@@ -3,13 +3,13 @@
 #include <httplib.h>
 
 #include <atomic>
+#include <cctype>
 #include <chrono>
-#include <thread>
 #include <cstdio>
 #include <ctime>
-#include <cctype>
 #include <mutex>
 #include <stdexcept>
+#include <thread>
 
 #include "corvane/text.h"
 #include "page_runner.h"
@@ -22,8 +22,8 @@ std::string CookieValue(std::string_view header, std::string_view name) {
   size_t pos = 0;
   while (pos < header.size()) {
     size_t end = header.find(';', pos);
-    std::string_view part = header.substr(pos, end == std::string_view::npos ? std::string_view::npos
-                                                                             : end - pos);
+    std::string_view part =
+        header.substr(pos, end == std::string_view::npos ? std::string_view::npos : end - pos);
     pos = end == std::string_view::npos ? header.size() : end + 1;
     while (!part.empty() && part.front() == ' ') part.remove_prefix(1);
     size_t eq = part.find('=');
@@ -64,7 +64,8 @@ std::vector<std::pair<std::string, std::string>> ServerVariablesOf(const httplib
   };
   for (const auto& [name, value] : req.headers) {
     std::string key = "HTTP_";
-    for (char c : name) key += c == '-' ? '_' : static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    for (char c : name)
+      key += c == '-' ? '_' : static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
     vars.emplace_back(std::move(key), value);
   }
   if (req.has_header("Host")) vars.emplace_back("SERVER_NAME", req.get_header_value("Host"));
@@ -85,9 +86,8 @@ void LogLine(const httplib::Request& req, const httplib::Response& res) {
   char when[32];
   std::strftime(when, sizeof when, "%d/%b/%Y:%H:%M:%S %z", &tm);
   std::lock_guard lock(mu);
-  std::fprintf(stdout, "%s - - [%s] \"%s %s %s\" %d %zu\n", req.remote_addr.c_str(), when,
-               req.method.c_str(), req.target.c_str(), req.version.c_str(), res.status,
-               res.body.size());
+  std::fprintf(stdout, "%s - - [%s] \"%s %s %s\" %d %zu\n", req.remote_addr.c_str(), when, req.method.c_str(),
+               req.target.c_str(), req.version.c_str(), res.status, res.body.size());
   std::fflush(stdout);
 }
 
@@ -105,8 +105,12 @@ struct HttpServer::Impl {
   std::atomic<bool> runEntered{false}, stopRequested{false};
 
   Impl(ServerOptions o, PageRegistry p, host::PageHost h, std::vector<std::string> s)
-      : options(std::move(o)), pages(std::move(p)), pageHost(std::move(h)), secrets(std::move(s)),
-        sessions(std::chrono::minutes(options.sessionTimeoutMinutes)), files(options.site) {
+      : options(std::move(o)),
+        pages(std::move(p)),
+        pageHost(std::move(h)),
+        secrets(std::move(s)),
+        sessions(std::chrono::minutes(options.sessionTimeoutMinutes)),
+        files(options.site) {
     const int threads = options.threads;
     http.new_task_queue = [threads] { return new httplib::ThreadPool(static_cast<size_t>(threads)); };
     http.set_payload_max_length(options.maxBodyBytes);
@@ -120,13 +124,15 @@ struct HttpServer::Impl {
     http.set_keep_alive_max_count(1000);
     http.set_keep_alive_timeout(3);
     http.Get(".*", [this](const httplib::Request& req, httplib::Response& res) { Serve(req, res, ""); });
-    http.Post(".*", [this](const httplib::Request& req, httplib::Response& res) { Serve(req, res, req.body); });
+    http.Post(".*",
+              [this](const httplib::Request& req, httplib::Response& res) { Serve(req, res, req.body); });
     // The upload component parses a multipart body itself, so it must arrive raw; httplib would parse
     // it into parts and drop the body. Its content type is hidden from httplib until the page runs.
     http.set_pre_routing_handler([](const httplib::Request& req, httplib::Response&) {
       auto& headers = const_cast<httplib::Headers&>(req.headers);  // httplib's request is not const
       for (auto& [name, value] : headers)
-        if (EqualsNoCase(name, "Content-Type") && StartsNoCase(value, "multipart/")) value.insert(0, kRawPrefix);
+        if (EqualsNoCase(name, "Content-Type") && StartsNoCase(value, "multipart/"))
+          value.insert(0, kRawPrefix);
       return httplib::Server::HandlerResponse::Unhandled;
     });
     http.set_exception_handler([](const httplib::Request&, httplib::Response& res, std::exception_ptr ep) {
@@ -163,8 +169,8 @@ struct HttpServer::Impl {
       if (res.status == 405) res.set_header("Allow", "GET, HEAD");
       return;
     }
-    auto reply = files.Get(req.path, req.get_header_value("If-None-Match"),
-                           req.get_header_value("If-Modified-Since"));
+    auto reply =
+        files.Get(req.path, req.get_header_value("If-None-Match"), req.get_header_value("If-Modified-Since"));
     if (!reply) {
       res.status = 404;
       return;
@@ -188,8 +194,8 @@ struct HttpServer::Impl {
     for (const host::EndPageError& e : reply.endPageErrors) LogError(EndPageErrorLine(req.path, e));
     if (lease.Session().ptr()->NewIDRequested()) sessions.Renew(lease);
     if (lease.IsNew())
-      res.set_header("Set-Cookie", std::string(kSessionCookie) + "=" + lease.Id() +
-                                       "; Path=/; HttpOnly; SameSite=Lax");
+      res.set_header("Set-Cookie",
+                     std::string(kSessionCookie) + "=" + lease.Id() + "; Path=/; HttpOnly; SameSite=Lax");
     res.set_header("Cache-Control", "private, no-cache");
     for (auto& [name, value] : reply.headers) res.set_header(name, value);
     res.status = reply.status;
@@ -200,7 +206,8 @@ struct HttpServer::Impl {
 HttpServer::HttpServer(ServerOptions options, PageRegistry pages, host::PageHost pageHost,
                        std::vector<std::string> secrets) {
   if (!pageHost.application) pageHost.application = std::make_shared<host::Application>();
-  impl_ = std::make_unique<Impl>(std::move(options), std::move(pages), std::move(pageHost), std::move(secrets));
+  impl_ =
+      std::make_unique<Impl>(std::move(options), std::move(pages), std::move(pageHost), std::move(secrets));
 }
 
 HttpServer::~HttpServer() = default;
@@ -209,8 +216,7 @@ int HttpServer::Bind() {
   const ServerOptions& o = impl_->options;
   int port = o.port == 0 ? impl_->http.bind_to_any_port(o.bind)
                          : (impl_->http.bind_to_port(o.bind, o.port) ? o.port : -1);
-  if (port <= 0)
-    throw std::runtime_error("cannot listen on " + o.bind + ":" + std::to_string(o.port));
+  if (port <= 0) throw std::runtime_error("cannot listen on " + o.bind + ":" + std::to_string(o.port));
   impl_->port = port;
   return port;
 }

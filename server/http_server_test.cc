@@ -53,7 +53,11 @@ PageRegistry TestPages() {
 struct TestServer {
   explicit TestServer(int codePage = kCodePageGbk) {
     fs::create_directories(site);
-    ServerOptions o{.port = 0, .site = site, .codePage = codePage, .threads = 8, .maxBodyBytes = 4096,
+    ServerOptions o{.port = 0,
+                    .site = site,
+                    .codePage = codePage,
+                    .threads = 8,
+                    .maxBodyBytes = 4096,
                     .accessLog = false};
     server = std::make_unique<HttpServer>(o, TestPages(), host::PageHost{}, std::vector{kConnection, kFile});
     port = server->Bind();

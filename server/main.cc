@@ -49,8 +49,8 @@ int Serve(const ServerOptions& o) {
     secrets.push_back(dbFile);
     secrets.push_back(fs::absolute(dbFile).string());
   }
-  corvane::server::HttpServer server(o, std::move(pages), {.application = application, .createObject = corvane::CreateObject},
-                                     secrets);
+  corvane::server::HttpServer server(
+      o, std::move(pages), {.application = application, .createObject = corvane::CreateObject}, secrets);
   int port = server.Bind();
 
   // SIGTERM and SIGINT are taken by one thread that stops the server; the workers never see them.

@@ -14,8 +14,8 @@ long ToNumber(std::string_view name, std::string_view text, long min, long max) 
   long value = 0;
   auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (ec != std::errc() || end != text.data() + text.size() || value < min || value > max)
-    throw OptionsError("--" + std::string(name) + ": expected a number from " + std::to_string(min) +
-                       " to " + std::to_string(max) + ", got '" + std::string(text) + "'");
+    throw OptionsError("--" + std::string(name) + ": expected a number from " + std::to_string(min) + " to " +
+                       std::to_string(max) + ", got '" + std::string(text) + "'");
   return value;
 }
 
@@ -74,16 +74,29 @@ ServerOptions ParseOptions(int argc, const char* const* argv, bool* help) {
 std::string OptionsUsage() {
   ServerOptions d;
   return "usage: corvane-server [options]\n"
-         "  --port N             TCP port (default " + std::to_string(d.port) + "; 0 picks a free one)\n"
-         "  --bind ADDR          address to listen on (default " + d.bind + ")\n"
+         "  --port N             TCP port (default " +
+         std::to_string(d.port) +
+         "; 0 picks a free one)\n"
+         "  --bind ADDR          address to listen on (default " +
+         d.bind +
+         ")\n"
          "  --site DIR           folder of the static files (default: the source tree's site/www)\n"
-         "  --db CONN|FILE       connection string or SQLite file (default " + d.db + ")\n"
-         "  --codepage 936|65001 code page of pages and forms (default " + std::to_string(d.codePage) + ")\n"
+         "  --db CONN|FILE       connection string or SQLite file (default " +
+         d.db +
+         ")\n"
+         "  --codepage 936|65001 code page of pages and forms (default " +
+         std::to_string(d.codePage) +
+         ")\n"
          "  --drives DIR         drive root for uploads, sets CORVANE_DRIVE_ROOT (default ./drives)\n"
-         "  --threads N          worker threads (default " + std::to_string(d.threads) + ")\n"
+         "  --threads N          worker threads (default " +
+         std::to_string(d.threads) +
+         ")\n"
          "  --session-timeout M  idle minutes before a session ends (default " +
-         std::to_string(d.sessionTimeoutMinutes) + ")\n"
-         "  --max-body BYTES     largest request body (default " + std::to_string(d.maxBodyBytes) + ")\n"
+         std::to_string(d.sessionTimeoutMinutes) +
+         ")\n"
+         "  --max-body BYTES     largest request body (default " +
+         std::to_string(d.maxBodyBytes) +
+         ")\n"
          "  --no-access-log      no access log lines on stdout\n";
 }
 
@@ -94,9 +107,7 @@ std::string ConnectionStringFor(const std::string& db) {
 
 std::string SqliteFileOf(const std::string& connectionString) {
   std::string lower = LCase(connectionString);
-  if (lower.find("provider=sqlite") == std::string::npos &&
-      lower.find('=') != std::string::npos)
-    return "";
+  if (lower.find("provider=sqlite") == std::string::npos && lower.find('=') != std::string::npos) return "";
   if (lower.find('=') == std::string::npos) return connectionString;
   size_t at = lower.find("data source=");
   if (at == std::string::npos) return "";

@@ -18,9 +18,10 @@ ServerOptions Parse(std::vector<const char*> args, bool* help = nullptr) {
 
 TEST(OptionsTest, EveryOptionInBothSpellingsAndInTheHelp) {
   bool help = false;
-  ServerOptions o = Parse({"--port", "0", "--bind=0.0.0.0", "--site=/www", "--db", "x.db", "--codepage=65001",
-                           "--drives", "/d", "--threads=3", "--session-timeout", "5", "--max-body", "1024",
-                           "--no-access-log", "--help"}, &help);
+  ServerOptions o = Parse(
+      {"--port", "0", "--bind=0.0.0.0", "--site=/www", "--db", "x.db", "--codepage=65001", "--drives", "/d",
+       "--threads=3", "--session-timeout", "5", "--max-body", "1024", "--no-access-log", "--help"},
+      &help);
   EXPECT_EQ(std::tie(o.port, o.bind, o.site, o.db, o.codePage, o.drives, o.threads, o.sessionTimeoutMinutes,
                      o.maxBodyBytes, o.accessLog, help),
             std::make_tuple(0, "0.0.0.0", "/www", "x.db", 65001, "/d", 3, 5, size_t{1024}, false, true));

@@ -45,7 +45,9 @@ TEST(ServerProcessTest, SeedsServesSignsInAndStopsOnSigterm) {
   }
   struct Guard {  // kills the server when a check fails before it has stopped
     pid_t pid;
-    ~Guard() { if (waitpid(pid, nullptr, WNOHANG) == 0) kill(pid, SIGKILL), waitpid(pid, nullptr, 0); }
+    ~Guard() {
+      if (waitpid(pid, nullptr, WNOHANG) == 0) kill(pid, SIGKILL), waitpid(pid, nullptr, 0);
+    }
   } guard{pid};
   EXPECT_NE(AwaitOutput(log, "created and seeded the demo database"), "");
   std::string port = AwaitOutput(log, "serving .* on http://127\\.0\\.0\\.1:(\\d+)/");

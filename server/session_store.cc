@@ -35,7 +35,8 @@ bool IsWellFormedSessionId(std::string_view id) {
 }
 
 SessionStore::SessionStore(std::chrono::seconds idleTimeout, Clock clock)
-    : idleTimeout_(idleTimeout), clock_(clock ? std::move(clock) : [] { return std::chrono::steady_clock::now(); }) {
+    : idleTimeout_(idleTimeout),
+      clock_(clock ? std::move(clock) : [] { return std::chrono::steady_clock::now(); }) {
   lastSweep_ = clock_();
 }
 
@@ -81,7 +82,10 @@ SessionStore::Lease SessionStore::Acquire(std::string_view id) {
 }
 
 SessionStore::Lease::Lease(SessionStore* store, std::shared_ptr<Entry> entry, std::string id, bool isNew)
-    : store_(store), entry_(std::move(entry)), lock_(entry_->requestMutex), id_(std::move(id)),
+    : store_(store),
+      entry_(std::move(entry)),
+      lock_(entry_->requestMutex),
+      id_(std::move(id)),
       isNew_(isNew) {}
 
 SessionStore::Lease::~Lease() {

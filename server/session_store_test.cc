@@ -40,7 +40,7 @@ TEST(SessionStoreTest, IdleSessionsExpireUnlessInUse) {
   std::string kept = store.Acquire("").Id(), idle = store.Acquire("").Id();
   now += 15min;
   store.Acquire(kept);  // a request of the session starts its idle time again
-  now += 15min;  // idle for 30 minutes, kept for 15
+  now += 15min;         // idle for 30 minutes, kept for 15
   EXPECT_FALSE(store.Acquire(kept).IsNew());
   EXPECT_TRUE(store.Acquire(idle).IsNew());
   auto held = store.Acquire(kept);

@@ -44,11 +44,20 @@ bool IsWithin(const fs::path& p, const fs::path& root) {
 
 std::string ContentTypeFor(std::string_view fileName) {
   static const std::pair<std::string_view, std::string_view> kTypes[] = {
-      {".css", "text/css; charset=utf-8"},  {".js", "text/javascript; charset=utf-8"},  {".gif", "image/gif"},
-      {".png", "image/png"},        {".jpg", "image/jpeg"},      {".jpeg", "image/jpeg"},
-      {".ico", "image/x-icon"},     {".svg", "image/svg+xml"},   {".html", "text/html; charset=utf-8"},
-      {".htm", "text/html; charset=utf-8"}, {".txt", "text/plain; charset=utf-8"},      {".json", "application/json"},
-      {".woff2", "font/woff2"},     {".pdf", "application/pdf"},
+      {".css", "text/css; charset=utf-8"},
+      {".js", "text/javascript; charset=utf-8"},
+      {".gif", "image/gif"},
+      {".png", "image/png"},
+      {".jpg", "image/jpeg"},
+      {".jpeg", "image/jpeg"},
+      {".ico", "image/x-icon"},
+      {".svg", "image/svg+xml"},
+      {".html", "text/html; charset=utf-8"},
+      {".htm", "text/html; charset=utf-8"},
+      {".txt", "text/plain; charset=utf-8"},
+      {".json", "application/json"},
+      {".woff2", "font/woff2"},
+      {".pdf", "application/pdf"},
   };
   size_t dot = fileName.rfind('.');
   if (dot != std::string_view::npos) {
@@ -90,8 +99,8 @@ std::optional<fs::path> StaticFiles::Resolve(std::string_view urlPath) const {
   size_t pos = 0;
   while (pos <= urlPath.size()) {
     size_t slash = urlPath.find('/', pos);
-    std::string_view seg = urlPath.substr(pos, slash == std::string_view::npos ? std::string_view::npos
-                                                                               : slash - pos);
+    std::string_view seg =
+        urlPath.substr(pos, slash == std::string_view::npos ? std::string_view::npos : slash - pos);
     pos = slash == std::string_view::npos ? urlPath.size() + 1 : slash + 1;
     if (seg.empty()) continue;
     if (seg.front() == '.' || seg.find('\\') != std::string_view::npos ||
@@ -122,12 +131,11 @@ std::optional<StaticReply> StaticFiles::Get(std::string_view urlPath, std::strin
                     static_cast<unsigned long long>(st.st_mtim.tv_nsec));
   std::string lastModified = HttpDate(st.st_mtim.tv_sec);
   reply.contentType = ContentTypeFor(file->filename().string());
-  reply.headers = {{"ETag", etag}, {"Last-Modified", lastModified},
-                   {"Cache-Control", "public, max-age=300"}};
+  reply.headers = {{"ETag", etag}, {"Last-Modified", lastModified}, {"Cache-Control", "public, max-age=300"}};
 
-  bool notModified = !ifNoneMatch.empty() ? ifNoneMatch.find(etag) != std::string_view::npos ||
-                                                ifNoneMatch == "*"
-                                          : (!ifModifiedSince.empty() && ifModifiedSince == lastModified);
+  bool notModified = !ifNoneMatch.empty()
+                         ? ifNoneMatch.find(etag) != std::string_view::npos || ifNoneMatch == "*"
+                         : (!ifModifiedSince.empty() && ifModifiedSince == lastModified);
   if (notModified) {
     reply.status = 304;
     return reply;

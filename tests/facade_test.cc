@@ -1,7 +1,6 @@
 // The public facade, used the way code outside this repository uses it.
-#include <gtest/gtest.h>
-
 #include <corvane/corvane.h>
+#include <gtest/gtest.h>
 
 #include "test_support.h"
 
@@ -34,8 +33,10 @@ TEST(Facade, ValuesObjectsAndPages) {
   EXPECT_EQ(rs.Invoke("Fields", field).ToObject().Get("Value").ToString(), "a");
 
   host::Session session;
-  host::Page page(host::PageRequest{.url = "/t.asp", .queryString = "action=list",
-                                    .contentType = "application/x-www-form-urlencoded", .body = "a=1"},
+  host::Page page(host::PageRequest{.url = "/t.asp",
+                                    .queryString = "action=list",
+                                    .contentType = "application/x-www-form-urlencoded",
+                                    .body = "a=1"},
                   session);
   EXPECT_EQ(page.Context().Type(), vtObject);
   page.Context().ToObject().Get("Response").ToObject().Invoke("Write", {Variant("x")});

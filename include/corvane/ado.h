@@ -45,12 +45,26 @@ struct Access;  // the data layer's own way in (drivers, late binding)
 class Field;
 
 enum TypeCode : int {
-  adEmpty = 0, adSmallInt = 2, adInteger = 3, adDouble = 5, adBoolean = 11, adBigInt = 20,
-  adNumeric = 131, adWChar = 130, adDBTimeStamp = 135, adVarWChar = 202, adLongVarWChar = 203,
+  adEmpty = 0,
+  adSmallInt = 2,
+  adInteger = 3,
+  adDouble = 5,
+  adBoolean = 11,
+  adBigInt = 20,
+  adNumeric = 131,
+  adWChar = 130,
+  adDBTimeStamp = 135,
+  adVarWChar = 202,
+  adLongVarWChar = 203,
   adLongVarBinary = 205,
 };
-enum CursorType : int { adOpenUnspecified = -1, adOpenForwardOnly = 0, adOpenKeyset = 1,
-                        adOpenDynamic = 2, adOpenStatic = 3 };
+enum CursorType : int {
+  adOpenUnspecified = -1,
+  adOpenForwardOnly = 0,
+  adOpenKeyset = 1,
+  adOpenDynamic = 2,
+  adOpenStatic = 3
+};
 
 class Connection : public Dispatch {
  public:
@@ -93,10 +107,10 @@ class Recordset : public Dispatch {
   // database rejects raises Error::Database and leaves the recordset closed. Open reads the first row
   // only: rows are read one by one as the recordset moves. A statement that returns no rows (an
   // insert) is run and the recordset stays closed.
-  void Open(std::string_view source, const Variant& activeConnection, int cursorType = -1,
+  void Open(std::string_view source, const Variant& activeConnection, int cursorType = -1, int lockType = -1,
+            int options = -1);
+  void Open(std::string_view source, const std::shared_ptr<Connection>& connection, int cursorType = -1,
             int lockType = -1, int options = -1);
-  void Open(std::string_view source, const std::shared_ptr<Connection>& connection,
-            int cursorType = -1, int lockType = -1, int options = -1);
   void Close();  // raises 3704 when not open
   bool IsOpen() const;
   // The statement the recordset is open on, as the caller gave it (before the dialect adapter saw it);
@@ -106,7 +120,7 @@ class Recordset : public Dispatch {
   // "EOF" is a macro of <cstdio>, hence the spelling; late-bound callers use "EOF".
   bool Eof() const;
   bool Bof() const;  // true only for an empty result: the recordset never moves before its first row
-  void MoveNext();  // raises 3021 at EOF
+  void MoveNext();   // raises 3021 at EOF
   void MoveFirst();  // runs the query again
 
   // The current row's field, by name (case-insensitive) or by 0-based index. At EOF raises 3021; an

@@ -39,7 +39,7 @@ int Day(double date);
 int Hour(double date);
 int Minute(double date);
 int Second(double date);
-int Weekday(double date);  // Sunday = 1
+int Weekday(double date);      // Sunday = 1
 double DateOnly(double date);  // the same day at midnight
 
 std::string DateText(double date);

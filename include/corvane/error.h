@@ -35,16 +35,16 @@ class Error : public std::exception {
   static Error ObjectRequired();       //  424 Object required
   static Error CannotCreateObject(const std::string& progID);  // 429
   static Error NoSuchMember(const std::string& name);          // 438
-  static Error ArgumentNotOptional();  //  449 Argument not optional
+  static Error ArgumentNotOptional();                          //  449 Argument not optional
   // Data access (the texts ADO gives).
-  static Error ArgumentsOutOfRange();  // 3001 wrong type, out of range or in conflict
-  static Error NoCurrentRecord();      // 3021 EOF or BOF
-  static Error RecordsetReadOnly();    // 3251 the recordset cannot be updated
+  static Error ArgumentsOutOfRange();                  // 3001 wrong type, out of range or in conflict
+  static Error NoCurrentRecord();                      // 3021 EOF or BOF
+  static Error RecordsetReadOnly();                    // 3251 the recordset cannot be updated
   static Error ItemNotFound(const std::string& name);  // 3265 no such field
-  static Error ObjectClosed();         // 3704 operation on a closed object
-  static Error ObjectIsOpen();         // 3705 operation on an open object
-  static Error ProviderNotFound();     // 3706 no driver for the connection string
-  static Error ConnectionUnusable();   // 3709 closed or invalid connection
+  static Error ObjectClosed();                         // 3704 operation on a closed object
+  static Error ObjectIsOpen();                         // 3705 operation on an open object
+  static Error ProviderNotFound();                     // 3706 no driver for the connection string
+  static Error ConnectionUnusable();                   // 3709 closed or invalid connection
   // A database's own error (0x80040E14), carrying the driver's message.
   static Error Database(const std::string& message);
 

@@ -52,8 +52,7 @@ ValueCollection ParseUrlEncoded(std::string_view text, int codePage);
 class Request : public Dispatch {
  public:
   Request(std::string url, std::string queryString, std::string contentType, std::string body,
-          std::string method, int codePage,
-          Headers serverVariables = {});
+          std::string method, int codePage, Headers serverVariables = {});
   const ClassInfo& Info() const override;
 
   Variant Form(std::string_view name) const;
@@ -97,7 +96,7 @@ class Response : public Dispatch {
 
   // What the page set, for the host that sends the reply.
   int Status() const { return status_; }
-  const std::string& ContentType() const { return contentType_; }  // "text/html" unless set
+  const std::string& ContentType() const { return contentType_; }    // "text/html" unless set
   const std::string& RedirectLocation() const { return redirect_; }  // "" unless Redirect
   const Headers& AddedHeaders() const { return headers_; }
 
@@ -219,11 +218,11 @@ class ScriptingContext : public Dispatch {
 };
 
 struct PageRequest {
-  std::string url;          // the page's path, without the query: "/t.asp"
-  std::string queryString;  // raw, without "?"
-  std::string contentType;  // of the body
-  std::string body;         // raw bytes
-  std::string method;       // "" means GET without a body, POST with one
+  std::string url;              // the page's path, without the query: "/t.asp"
+  std::string queryString;      // raw, without "?"
+  std::string contentType;      // of the body
+  std::string body;             // raw bytes
+  std::string method;           // "" means GET without a body, POST with one
   int codePage = kCodePageGbk;  // of the query string, the urlencoded body and the response
   Headers serverVariables;      // more, e.g. REMOTE_ADDR
 };

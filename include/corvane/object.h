@@ -31,9 +31,9 @@ struct MemberInfo {
   // The call itself: the object (of the class that lists the member), the kind and the caller's
   // arguments, which a by-reference parameter updates in place.
   using Call = Variant (*)(Dispatch& self, InvokeKind kind, Args& args);
-  static constexpr int kMethod = 1 | 2;   // called, or read as a property without arguments
-  static constexpr int kRead = 1 | 2;     // a property read (also as a call, as scripts do)
-  static constexpr int kWrite = 4 | 8;    // a property write, with or without Set
+  static constexpr int kMethod = 1 | 2;  // called, or read as a property without arguments
+  static constexpr int kRead = 1 | 2;    // a property read (also as a call, as scripts do)
+  static constexpr int kWrite = 4 | 8;   // a property write, with or without Set
 
   std::string_view name;
   int32_t dispid;
@@ -87,7 +87,9 @@ class Object {
   const std::shared_ptr<Dispatch>& ptr() const { return p_; }
   // The object as its C++ class, or nullptr when it is another class (or Nothing).
   template <class T>
-  std::shared_ptr<T> As() const { return std::dynamic_pointer_cast<T>(p_); }
+  std::shared_ptr<T> As() const {
+    return std::dynamic_pointer_cast<T>(p_);
+  }
 
   // Late-bound calls. Names are matched case-insensitively; an unknown name raises 438, a call on
   // Nothing raises 91. `args` is updated in place for by-reference parameters.

@@ -25,7 +25,7 @@ int32_t InStr(std::string_view s, std::string_view find);
 // Case-insensitive (ASCII letters) variant, as InStr(..., vbTextCompare).
 int32_t InStrText(std::string_view s, std::string_view find);
 int32_t InStrText(int32_t start, std::string_view s, std::string_view find);
-std::string Trim(std::string_view s);   // blanks (U+0020) only
+std::string Trim(std::string_view s);  // blanks (U+0020) only
 std::string LTrim(std::string_view s);
 std::string RTrim(std::string_view s);
 std::string LCase(std::string_view s);  // ASCII letters

@@ -61,9 +61,8 @@ class Variant {
   Variant(int32_t i) : v_(i) {}
   // Wider integers become Long when they fit, Double otherwise.
   template <std::integral T>
-    requires(!std::same_as<T, bool> && !std::same_as<T, int16_t> && !std::same_as<T, int32_t> &&
-             !std::same_as<T, char>)
-  Variant(T i) {
+  requires(!std::same_as<T, bool> && !std::same_as<T, int16_t> && !std::same_as<T, int32_t> &&
+           !std::same_as<T, char>) Variant(T i) {
     if (static_cast<long double>(i) >= INT32_MIN && static_cast<long double>(i) <= INT32_MAX)
       v_ = static_cast<int32_t>(i);
     else
@@ -76,13 +75,27 @@ class Variant {
   Variant(std::string_view s) : v_(std::string(s)) {}
   Variant(Object o) : v_(std::move(o)) {}
 
-  static Variant Null() { Variant v; v.v_ = NullTag{}; return v; }
-  static Variant Missing() { Variant v; v.v_ = MissingTag{}; return v; }
+  static Variant Null() {
+    Variant v;
+    v.v_ = NullTag{};
+    return v;
+  }
+  static Variant Missing() {
+    Variant v;
+    v.v_ = MissingTag{};
+    return v;
+  }
   // A Date from its parts (no range check beyond what DateSerial does) or from a serial day number.
   static Variant Date(int year, int month, int day, int hour = 0, int minute = 0, int second = 0);
-  static Variant FromDate(double serial) { Variant v; v.v_ = DateTag{serial}; return v; }
+  static Variant FromDate(double serial) {
+    Variant v;
+    v.v_ = DateTag{serial};
+    return v;
+  }
   static Variant FromBytes(Bytes b) {
-    Variant v; v.v_ = std::make_shared<const Bytes>(std::move(b)); return v;
+    Variant v;
+    v.v_ = std::make_shared<const Bytes>(std::move(b));
+    return v;
   }
 
   VarType Type() const;
@@ -103,7 +116,7 @@ class Variant {
   int32_t ToLong() const;     // rounds half to even
   float ToSingle() const;
   double ToDouble() const;
-  double ToDate() const;      // serial day number; text is parsed as the locale's date text
+  double ToDate() const;  // serial day number; text is parsed as the locale's date text
   bool ToBool() const;
   const Bytes& ToBytes() const;  // 13 unless a byte array
   Object ToObject() const;       // 424 unless an Object (Empty raises 424 too)
@@ -120,16 +133,22 @@ class Variant {
   friend std::optional<int> Compare(const Variant& a, const Variant& b);
 
  private:
-  struct EmptyTag { bool operator==(const EmptyTag&) const = default; };
-  struct NullTag { bool operator==(const NullTag&) const = default; };
-  struct MissingTag { bool operator==(const MissingTag&) const = default; };
+  struct EmptyTag {
+    bool operator==(const EmptyTag&) const = default;
+  };
+  struct NullTag {
+    bool operator==(const NullTag&) const = default;
+  };
+  struct MissingTag {
+    bool operator==(const MissingTag&) const = default;
+  };
   struct DateTag {
     double serial;
     bool operator==(const DateTag&) const = default;
   };
   using ByteArray = std::shared_ptr<const Bytes>;  // shared, never modified in place
-  using Storage = std::variant<EmptyTag, NullTag, MissingTag, bool, int16_t, int32_t, float, double,
-                               DateTag, std::string, ByteArray, Object>;
+  using Storage = std::variant<EmptyTag, NullTag, MissingTag, bool, int16_t, int32_t, float, double, DateTag,
+                               std::string, ByteArray, Object>;
 
   // The value of a number-like kind (Empty is 0, a Date its serial); nullopt for the others.
   std::optional<double> NumberOf() const;

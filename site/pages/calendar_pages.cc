@@ -31,12 +31,12 @@ void CalendarPage(PageContext& p, View view) {
   const Variant dt = ShownDate(p);
   const Variant pID = ShownPerson(p);
   const bool week = view == View::PersonWeek || view == View::LeaderWeek || view == View::Leader2Week;
-  const char* which = view == View::PersonWeek     ? "w"
-                      : view == View::PersonMonth  ? "m"
-                      : view == View::LeaderWeek   ? "lw"
-                      : view == View::LeaderMonth  ? "lm"
-                      : view == View::Leader2Week  ? "lw2"
-                                                   : "lm2";
+  const char* which = view == View::PersonWeek    ? "w"
+                      : view == View::PersonMonth ? "m"
+                      : view == View::LeaderWeek  ? "lw"
+                      : view == View::LeaderMonth ? "lm"
+                      : view == View::Leader2Week ? "lw2"
+                                                  : "lm2";
 
   Object sch = p.Server.CreateObject("corvane.scheduler");
   if (DebugOn(p)) Call(sch, "DebugMode");
@@ -66,8 +66,9 @@ void CalendarPage(PageContext& p, View view) {
     }
   }
   p.Response.Write(Call(sch, "DispScript", {pID}));
-  p.Response.Write("<p class=legend><span class=Office>本部</span> <span class=Beijing>北京</span> "
-                   "<span class=Outside>外地</span> <span class=Aboad>国外</span></p>");
+  p.Response.Write(
+      "<p class=legend><span class=Office>本部</span> <span class=Beijing>北京</span> "
+      "<span class=Outside>外地</span> <span class=Aboad>国外</span></p>");
   WriteFoot(p);
 }
 
@@ -78,17 +79,20 @@ void Manage(PageContext& p) {
   if (auto dt = ParseDateText(Param(p, "dt"))) p.Session.Set("sc_curdate", Variant(DateText(DateOnly(*dt))));
   std::string me = std::to_string(PersonID(p));
   std::string dt = p.Session.Get("sc_curdate").Text();
-  TablePage(p, {.title = "安排日程",
-                .sql = "select planID,planStartTime,planEndTime,planAddrTypeID,planAddrID,planTypeID,planContent,"
-                       "planFlagID,personID from personPlan where personID=" + me +
-                       " order by planStartTime DESC,planID",
-                .captions = "编号,开始日期,结束日期,地点类别,地点,类别,内容,公开,人员",
-                .codeSql = "planID;planStartTime;planEndTime;select planAddrTypeName,planAddrTypeID from planAddrType;"
-                           "select planAddrName,planAddrID from planAddr;select planTypeName,planTypeID from planType;"
-                           "planContent;select planFlagName,planFlagID from planFlag;"
-                           "select personName,personID from person",
-                .above = "<p class=links><a href='personWeek.asp?personID=" + me + "&dt=" + dt +
-                         "'>周计划</a> <a href='personMonth.asp?personID=" + me + "&dt=" + dt + "'>月计划</a></p>\r\n"});
+  TablePage(
+      p,
+      {.title = "安排日程",
+       .sql = "select planID,planStartTime,planEndTime,planAddrTypeID,planAddrID,planTypeID,planContent,"
+              "planFlagID,personID from personPlan where personID=" +
+              me + " order by planStartTime DESC,planID",
+       .captions = "编号,开始日期,结束日期,地点类别,地点,类别,内容,公开,人员",
+       .codeSql = "planID;planStartTime;planEndTime;select planAddrTypeName,planAddrTypeID from planAddrType;"
+                  "select planAddrName,planAddrID from planAddr;select planTypeName,planTypeID from planType;"
+                  "planContent;select planFlagName,planFlagID from planFlag;"
+                  "select personName,personID from person",
+       .above = "<p class=links><a href='personWeek.asp?personID=" + me + "&dt=" + dt +
+                "'>周计划</a> <a href='personMonth.asp?personID=" + me + "&dt=" + dt +
+                "'>月计划</a></p>\r\n"});
 }
 
 }  // namespace

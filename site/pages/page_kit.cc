@@ -33,12 +33,14 @@ bool DebugOn(PageContext& p) {
   return !on.IsEmpty() && on.ToBool();
 }
 
-void WriteHead(PageContext& p, std::string_view title, std::string_view head, std::string_view bodyAttributes) {
+void WriteHead(PageContext& p, std::string_view title, std::string_view head,
+               std::string_view bodyAttributes) {
   std::string charset = CharsetName(p.Request.CodePage());
-  std::string s = "<html><head>\r\n<meta http-equiv=\"Content-Type\" content=\"text/html; charset=" + charset +
-                  "\">\r\n<title>" + Html(title) + "</title>\r\n" +
-                  "<link rel=\"stylesheet\" href=\"/include/site.css\" type=\"text/css\">\r\n"
-                  "<script src=\"/include/compat.js\"></script>\r\n";
+  std::string s =
+      "<html><head>\r\n<meta http-equiv=\"Content-Type\" content=\"text/html; charset=" + charset +
+      "\">\r\n<title>" + Html(title) + "</title>\r\n" +
+      "<link rel=\"stylesheet\" href=\"/include/site.css\" type=\"text/css\">\r\n"
+      "<script src=\"/include/compat.js\"></script>\r\n";
   s += head;
   s += "</head>\r\n<body";
   if (!bodyAttributes.empty()) {

@@ -6,10 +6,10 @@
 
 namespace corvane::site {
 
-void RegisterSignInPages(server::PageRegistry& pages);    // /, /login.asp, /logout.asp, /main.asp
-void RegisterTablePages(server::PageRegistry& pages);     // /notice.asp, /contact.asp, /staff.asp
-void RegisterCalendarPages(server::PageRegistry& pages);  // /scheduler/*.asp
+void RegisterSignInPages(server::PageRegistry& pages);      // /, /login.asp, /logout.asp, /main.asp
+void RegisterTablePages(server::PageRegistry& pages);       // /notice.asp, /contact.asp, /staff.asp
+void RegisterCalendarPages(server::PageRegistry& pages);    // /scheduler/*.asp
 void RegisterPermissionPages(server::PageRegistry& pages);  // /permission/*.asp
-void RegisterUploadPage(server::PageRegistry& pages);     // /upload.asp
+void RegisterUploadPage(server::PageRegistry& pages);       // /upload.asp
 
 }  // namespace corvane::site

@@ -26,8 +26,8 @@ Object OpenPermission(PageContext& p) {
 std::string GroupName(PageContext& p, const std::string& id) {
   if (!IsId(id)) return "";
   ado::Recordset rs;
-  rs.Open("select accessGroupName from AccessGroup where accessGroupID=" + id + " and systemID=" +
-              p.Session.Get("systemID").Text(),
+  rs.Open("select accessGroupName from AccessGroup where accessGroupID=" + id +
+              " and systemID=" + p.Session.Get("systemID").Text(),
           Variant(ConnStr(p)), 1);
   std::string name = rs.Eof() ? "" : rs.Field("accessGroupName").Text();
   rs.Close();
@@ -64,19 +64,23 @@ void Groups(PageContext& p) {
   } else if (ac == "edit") {
     std::string name = GroupName(p, id);
     if (!name.empty())
-      editForm = "<form method=post action='permission.asp'><input type=hidden name=ac value=rename>"
-                 "<input type=hidden name=id value='" + id + "'>新组名 <input type=text name=name value='" +
-                 Html(name) + "'> <input type=submit value='改名'></form>\r\n";
+      editForm =
+          "<form method=post action='permission.asp'><input type=hidden name=ac value=rename>"
+          "<input type=hidden name=id value='" +
+          id + "'>新组名 <input type=text name=name value='" + Html(name) +
+          "'> <input type=submit value='改名'></form>\r\n";
   }
 
   WriteHead(p, "权限管理", "<link rel=\"stylesheet\" href=\"/include/style.css\" type=\"text/css\">\r\n");
   p.Response.Write("<h2 class=title>权限组</h2>\r\n");
   if (!message.empty()) p.Response.Write("<p class=message>" + Html(message) + "</p>\r\n");
   p.Response.Write(editForm);
-  p.Response.Write("<table class=tbl cellSpacing=0 id=groups><tr><th>序号</th><th>权限组</th><th>操作</th></tr>\r\n");
+  p.Response.Write(
+      "<table class=tbl cellSpacing=0 id=groups><tr><th>序号</th><th>权限组</th><th>操作</th></tr>\r\n");
   p.Response.Write(Call(permission, "DispGroup"));
-  p.Response.Write("</table>\r\n<form method=post action='permission.asp' class=add><input type=hidden name=ac value=add>"
-                   "新权限组 <input type=text name=name> <input type=submit value='添加'></form>\r\n");
+  p.Response.Write(
+      "</table>\r\n<form method=post action='permission.asp' class=add><input type=hidden name=ac value=add>"
+      "新权限组 <input type=text name=name> <input type=submit value='添加'></form>\r\n");
   WriteFoot(p);
 }
 
@@ -93,20 +97,27 @@ void Rights(PageContext& p) {
   Object permission = OpenPermission(p);
   std::string message;
   if (p.Request.ServerVariables("REQUEST_METHOD").Text() == "POST")
-    message = Call(permission, "SavePermission", {Variant(std::stol(id)), Variant(Param(p, "permitSetStr"))}).Text();
+    message = Call(permission, "SavePermission", {Variant(std::stol(id)), Variant(Param(p, "permitSetStr"))})
+                  .Text();
 
-  WriteHead(p, "设置权限", "<link rel=\"stylesheet\" href=\"/include/style.css\" type=\"text/css\">\r\n"
-                           "<script src=\"/include/permission.js\"></script>\r\n");
+  WriteHead(p, "设置权限",
+            "<link rel=\"stylesheet\" href=\"/include/style.css\" type=\"text/css\">\r\n"
+            "<script src=\"/include/permission.js\"></script>\r\n");
   p.Response.Write("<h2 class=title>设置权限：" + Html(name) + "</h2>\r\n");
   if (!message.empty()) p.Response.Write("<p class=message>" + Html(message) + "</p>\r\n");
   Args group{Variant(static_cast<int16_t>(std::stoi(id)))};
   p.Response.Write(
-      "<form method=post action='permissionset.asp?id=" + id + "' onsubmit='return collectRights(this)'>\r\n"
-      "<input type=hidden name=permitSetStr>\r\n<table class=rights><tr><th>全部菜单</th><th></th><th>本组权限</th></tr>\r\n"
-      "<tr><td><select id=allMenus multiple size=20>" + Call(permission, "DispMenuItem").Text() +
-      "</select></td>\r\n<td class=moves><input type=button id=addRight value='添加 &gt;&gt;' onclick='addRights()'><br><br>"
+      "<form method=post action='permissionset.asp?id=" + id +
+      "' onsubmit='return collectRights(this)'>\r\n"
+      "<input type=hidden name=permitSetStr>\r\n<table "
+      "class=rights><tr><th>全部菜单</th><th></th><th>本组权限</th></tr>\r\n"
+      "<tr><td><select id=allMenus multiple size=20>" +
+      Call(permission, "DispMenuItem").Text() +
+      "</select></td>\r\n<td class=moves><input type=button id=addRight value='添加 &gt;&gt;' "
+      "onclick='addRights()'><br><br>"
       "<input type=button id=removeRight value='&lt;&lt; 移除' onclick='removeRights()'></td>\r\n"
-      "<td><select id=groupMenus multiple size=20>" + permission.Invoke("DispAccessMenuItem", group).Text() +
+      "<td><select id=groupMenus multiple size=20>" +
+      permission.Invoke("DispAccessMenuItem", group).Text() +
       "</select></td></tr></table>\r\n<p><input type=submit id=saveRights value='保存权限'> "
       "<a href='permission.asp'>返回权限组</a></p></form>\r\n");
   WriteFoot(p);
@@ -135,7 +146,8 @@ void Members(PageContext& p) {
   if (!message.empty()) p.Response.Write("<p class=message>" + Html(message) + "</p>\r\n");
   p.Response.Write("<form method=post action='permissionMan.asp?id=" + id + "'><div class=members>" +
                    Call(permission, "DispPerson", {Variant(std::stol(id))}).Text() +
-                   "</div>\r\n<p><input type=submit value='保存人员'> <a href='permission.asp'>返回权限组</a></p></form>\r\n");
+                   "</div>\r\n<p><input type=submit value='保存人员'> <a "
+                   "href='permission.asp'>返回权限组</a></p></form>\r\n");
   WriteFoot(p);
 }
 

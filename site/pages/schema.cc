@@ -21,7 +21,8 @@ const std::vector<std::string_view>& SchemaStatements() {
       " planEndTime DATETIME, planAddrTypeID INT, planAddrID INT, planAddrDetail VARCHAR(100),"
       " planTypeID INT, planContent VARCHAR(200), planAddition VARCHAR(200), planFlagID INT)",
       "create index personPlan_person on personPlan(personID, planStartTime)",
-      "create table AccessGroup(accessGroupID INTEGER PRIMARY KEY, accessGroupName VARCHAR(50), systemID INT)",
+      "create table AccessGroup(accessGroupID INTEGER PRIMARY KEY, accessGroupName VARCHAR(50), systemID "
+      "INT)",
       "create table accessMenu(accessGroupID INT, accessMenuType INT, accessMenuID INT)",
       "create table accessPerson(accessGroupID INT, accessPersonID INT)",
       "create table menu(menuID INTEGER PRIMARY KEY, menuName VARCHAR(50), menuFatherID INT,"

@@ -22,13 +22,13 @@ struct Staff {
 };
 
 constexpr std::array<Staff, 30> kStaff = {{
-    {"张伟", "zhangwei"},    {"王芳", "wangfang"}, {"李娜", "lina"},       {"刘洋", "liuyang"},
-    {"陈静", "chenjing"},    {"杨磊", "yanglei"},  {"赵敏", "zhaomin"},    {"黄强", "huangqiang"},
-    {"周杰", "zhoujie"},     {"吴霞", "wuxia"},    {"徐涛", "xutao"},      {"孙丽", "sunli"},
-    {"马超", "machao"},      {"朱红", "zhuhong"},  {"胡斌", "hubin"},      {"郭峰", "guofeng"},
-    {"何琳", "helin"},       {"高翔", "gaoxiang"}, {"林悦", "linyue"},     {"罗军", "luojun"},
-    {"郑爽", "zhengshuang"}, {"梁勇", "liangyong"}, {"谢婷", "xieting"},   {"宋杨", "songyang"},
-    {"唐亮", "tangliang"},   {"许晴", "xuqing"},   {"韩冰", "hanbing"},    {"冯刚", "fenggang"},
+    {"张伟", "zhangwei"},    {"王芳", "wangfang"},  {"李娜", "lina"},    {"刘洋", "liuyang"},
+    {"陈静", "chenjing"},    {"杨磊", "yanglei"},   {"赵敏", "zhaomin"}, {"黄强", "huangqiang"},
+    {"周杰", "zhoujie"},     {"吴霞", "wuxia"},     {"徐涛", "xutao"},   {"孙丽", "sunli"},
+    {"马超", "machao"},      {"朱红", "zhuhong"},   {"胡斌", "hubin"},   {"郭峰", "guofeng"},
+    {"何琳", "helin"},       {"高翔", "gaoxiang"},  {"林悦", "linyue"},  {"罗军", "luojun"},
+    {"郑爽", "zhengshuang"}, {"梁勇", "liangyong"}, {"谢婷", "xieting"}, {"宋杨", "songyang"},
+    {"唐亮", "tangliang"},   {"许晴", "xuqing"},    {"韩冰", "hanbing"}, {"冯刚", "fenggang"},
     {"邓超", "dengchao"},    {"曹阳", "caoyang"},
 }};
 
@@ -86,7 +86,8 @@ void Menus(std::vector<std::string>& out) {
       {52, "公告", 5, 2, 2, "/notice.asp"},
   };
   for (const M& m : kMenus)
-    Add(out, "menu", {N(m.id), Q(m.name), m.father ? N(m.father) : "NULL", N(m.order), N(m.system), Q(m.url)});
+    Add(out, "menu",
+        {N(m.id), Q(m.name), m.father ? N(m.father) : "NULL", N(m.order), N(m.system), Q(m.url)});
 
   // Access groups, their rights and members. Each person is in one group: the rights of several
   // groups would run together in "personAccess".
@@ -111,7 +112,8 @@ void Menus(std::vector<std::string>& out) {
 }
 
 void Plans(std::vector<std::string>& out, double today) {
-  static const char* kContent[] = {"客户拜访", "项目评审", "部门例会", "技术培训", "合同谈判", "产品演示", "年度总结"};
+  static const char* kContent[] = {"客户拜访", "项目评审", "部门例会", "技术培训",
+                                   "合同谈判", "产品演示", "年度总结"};
   // Addresses by location type: 1 本部, 2 北京, 3 外地, 4 国外.
   static const int kAddr[5][3] = {{0}, {1, 2, 1}, {3, 4, 3}, {5, 6, 7}, {8, 9, 8}};
   Lcg rng{20261122u};
@@ -134,8 +136,9 @@ void Plans(std::vector<std::string>& out, double today) {
   // Everyone of the first system has a public plan over today, so today's cells are never all empty.
   for (int person = 2; person <= 26; person += 3)
     Add(out, "personPlan",
-        {N(planID++), N(person), Q(DateText(AddDays(today, -1))), Q(DateText(AddDays(today, 1)) + " 18:00:00"),
-         "2", "3", Q("中关村"), "2", Q("北京出差"), Q(""), "1"});
+        {N(planID++), N(person), Q(DateText(AddDays(today, -1))),
+         Q(DateText(AddDays(today, 1)) + " 18:00:00"), "2", "3", Q("中关村"), "2", Q("北京出差"), Q(""),
+         "1"});
 }
 
 void Business(std::vector<std::string>& out, double today) {
@@ -145,32 +148,36 @@ void Business(std::vector<std::string>& out, double today) {
   Add(out, "noticeType", {"2", Q("公告")});
   Add(out, "noticeType", {"3", Q("新闻")});
 
-  static const char* kSubjects[] = {"关于年终考核的", "关于办公楼检修的", "关于元旦放假的", "关于新员工培训的",
-                                    "关于差旅报销的", "关于信息安全的", "关于消防演练的", "关于季度会议的"};
+  static const char* kSubjects[] = {"关于年终考核的",   "关于办公楼检修的", "关于元旦放假的",
+                                    "关于新员工培训的", "关于差旅报销的",   "关于信息安全的",
+                                    "关于消防演练的",   "关于季度会议的"};
   static const char* kKinds[] = {"通知", "安排", "说明", "公告"};
   Lcg rng{4242u};
   for (int i = 1; i <= 60; ++i) {
     std::string title = std::string(kSubjects[rng.Next(8)]) + kKinds[rng.Next(4)] + N(i);
-    Add(out, "notice", {N(i), Q(title), N(1 + static_cast<int>(rng.Next(3))), N(1 + static_cast<int>(rng.Next(5))),
-                        Q(DateText(AddDays(today, -static_cast<int>(rng.Next(60))))),
-                        Q(kStaff[rng.Next(30)].name), Q("请各部门周知。")});
+    Add(out, "notice",
+        {N(i), Q(title), N(1 + static_cast<int>(rng.Next(3))), N(1 + static_cast<int>(rng.Next(5))),
+         Q(DateText(AddDays(today, -static_cast<int>(rng.Next(60))))), Q(kStaff[rng.Next(30)].name),
+         Q("请各部门周知。")});
   }
 
   static const char* kSurnames[] = {"赵", "钱", "孙", "李", "周", "吴", "郑", "王", "冯", "陈",
                                     "褚", "卫", "蒋", "沈", "韩", "杨", "朱", "秦", "尤", "许"};
-  static const char* kGiven[] = {"建国", "小红", "海涛", "志强", "雪梅", "晓东", "丽华", "国庆", "春燕", "文博",
-                                 "思远", "一鸣", "佳怡", "子涵", "浩然", "梦琪", "宇轩", "欣怡", "俊杰", "诗涵",
-                                 "天佑", "雨桐", "明辉", "秀英", "振华", "玉兰"};
-  static const char* kFirms[] = {"华信", "东方", "长城", "新世纪", "金桥", "中天", "远航", "宏图", "博远", "星辰"};
+  static const char* kGiven[] = {"建国", "小红", "海涛", "志强", "雪梅", "晓东", "丽华", "国庆", "春燕",
+                                 "文博", "思远", "一鸣", "佳怡", "子涵", "浩然", "梦琪", "宇轩", "欣怡",
+                                 "俊杰", "诗涵", "天佑", "雨桐", "明辉", "秀英", "振华", "玉兰"};
+  static const char* kFirms[] = {"华信", "东方", "长城", "新世纪", "金桥",
+                                 "中天", "远航", "宏图", "博远",   "星辰"};
   static const char* kTrades[] = {"科技", "贸易", "咨询", "物流", "电子", "建设"};
   for (int i = 1; i <= 520; ++i) {
     std::string name = std::string(kSurnames[rng.Next(20)]) + kGiven[rng.Next(26)];
     std::string company = std::string(kFirms[rng.Next(10)]) + kTrades[rng.Next(6)] + "有限公司";
     char phone[32];
     std::snprintf(phone, sizeof phone, "13%d%08u", 5 + static_cast<int>(rng.Next(5)), rng.Next(100000000));
-    Add(out, "contact", {N(i), Q(name), Q(company), N(1 + static_cast<int>(rng.Next(8))), Q(phone),
-                         Q("contact" + N(i) + "@example.com"),
-                         Q(DateText(AddDays(today, -static_cast<int>(rng.Next(400)))))});
+    Add(out, "contact",
+        {N(i), Q(name), Q(company), N(1 + static_cast<int>(rng.Next(8))), Q(phone),
+         Q("contact" + N(i) + "@example.com"),
+         Q(DateText(AddDays(today, -static_cast<int>(rng.Next(400)))))});
   }
 }
 
@@ -193,8 +200,9 @@ std::vector<std::string> SeedStatements(double today) {
     int id = i + 2;
     int duty = id == 2 ? 1 : id <= 4 ? 2 : id <= 9 ? 3 : id <= 14 ? 4 : 5;
     int system = id <= 26 ? 1 : 2;
-    Add(out, "person", {N(id), Q(kStaff[i].name), Q(kStaff[i].login), Q("123456"), N(duty), N(system), "1",
-                        N(1 + i % 5), Q("010-6" + N(5550000 + id)), Q(std::string(kStaff[i].login) + "@corvane.example")});
+    Add(out, "person",
+        {N(id), Q(kStaff[i].name), Q(kStaff[i].login), Q("123456"), N(duty), N(system), "1", N(1 + i % 5),
+         Q("010-6" + N(5550000 + id)), Q(std::string(kStaff[i].login) + "@corvane.example")});
   }
   static const char* kAddrTypes[] = {"本部", "北京", "外地", "国外"};
   for (int i = 0; i < 4; ++i) Add(out, "planAddrType", {N(i + 1), Q(kAddrTypes[i])});

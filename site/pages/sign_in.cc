@@ -17,7 +17,9 @@ void LoginForm(PageContext& p, std::string_view message, std::string_view login)
   p.Response.Write(
       "<div class=login><h1>corvane 办公系统</h1>\r\n"
       "<form method=post action='/login.asp'>\r\n"
-      "<p><label>用户名 <input type=text name=loginName value='" + Html(login) + "' autofocus></label></p>\r\n"
+      "<p><label>用户名 <input type=text name=loginName value='" +
+      Html(login) +
+      "' autofocus></label></p>\r\n"
       "<p><label>密　码 <input type=password name=password></label></p>\r\n"
       "<p><input type=submit value='登录'></p>\r\n");
   if (!message.empty()) p.Response.Write("<p class=message>" + Html(message) + "</p>\r\n");
@@ -28,7 +30,8 @@ void LoginForm(PageContext& p, std::string_view message, std::string_view login)
 }
 
 // The person with this login and password, opened on a new recordset; nullptr when there is none.
-std::shared_ptr<ado::Recordset> FindPerson(PageContext& p, const std::string& login, const std::string& password) {
+std::shared_ptr<ado::Recordset> FindPerson(PageContext& p, const std::string& login,
+                                           const std::string& password) {
   // Login names are letters and digits only, so they can go into the SQL as they are.
   for (char c : login)
     if (!std::isalnum(static_cast<unsigned char>(c))) return nullptr;
@@ -120,8 +123,9 @@ void Main(PageContext& p) {
   Call(scheduler, "Init", {Variant(ConnStr(p))});
   p.Response.Write("</div><div id=staffbar></div>\r\n<script>\r\nvar t=outlookbar.addtitle('员工日程');\r\n");
   p.Response.Write(Call(scheduler, "GetMenu", {Variant("person.personGroupID<>7")}));
-  p.Response.Write("outlookbar.show('staffbar');\r\n</script></div>\r\n"
-                   "<iframe name=main class=main src='/scheduler/personWeek.asp'></iframe>");
+  p.Response.Write(
+      "outlookbar.show('staffbar');\r\n</script></div>\r\n"
+      "<iframe name=main class=main src='/scheduler/personWeek.asp'></iframe>");
   WriteFoot(p);
 }
 

@@ -24,11 +24,12 @@ void TablePage(PageContext& p, const TableSpec& table) {
 
   // DNA writes its style sheet link itself; the page head is written around it.
   std::string charset = CharsetName(p.Request.CodePage());
-  p.Response.Write("<html><head>\r\n<meta http-equiv=\"Content-Type\" content=\"text/html; charset=" + charset +
-                   "\">\r\n<title>" + Html(table.title) + "</title>\r\n");
+  p.Response.Write("<html><head>\r\n<meta http-equiv=\"Content-Type\" content=\"text/html; charset=" +
+                   charset + "\">\r\n<title>" + Html(table.title) + "</title>\r\n");
   Call(dna, "SetDispStyle", {Variant(1)});
-  p.Response.Write("\r\n<link rel=\"stylesheet\" href=\"/include/site.css\" type=\"text/css\">"
-                   "\r\n<script src=\"/include/compat.js\"></script>\r\n</head>\r\n<body class=table>\r\n");
+  p.Response.Write(
+      "\r\n<link rel=\"stylesheet\" href=\"/include/site.css\" type=\"text/css\">"
+      "\r\n<script src=\"/include/compat.js\"></script>\r\n</head>\r\n<body class=table>\r\n");
   Call(dna, "DispMenu");
   p.Response.Write(table.above);
 

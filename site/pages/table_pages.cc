@@ -22,24 +22,27 @@ void Notice(PageContext& p) {
 
 void Contact(PageContext& p) {
   if (!RequireSignIn(p)) return;
-  TablePage(p, {.title = "通讯录",
-                .sql = "select contactID,contactName,company,cityID,phone,email,createDate from contact "
-                       "where 1=1 order by contactID,contactName",
-                .captions = "编号,姓名,单位,城市,电话,电子邮件,登记日期",
-                .codeSql = "contactID;contactName;company;select cityName,cityID from city;phone;email;createDate",
-                .defaultItems = "contactID,contactName,company,cityID,phone,createDate"});
+  TablePage(
+      p, {.title = "通讯录",
+          .sql = "select contactID,contactName,company,cityID,phone,email,createDate from contact "
+                 "where 1=1 order by contactID,contactName",
+          .captions = "编号,姓名,单位,城市,电话,电子邮件,登记日期",
+          .codeSql = "contactID;contactName;company;select cityName,cityID from city;phone;email;createDate",
+          .defaultItems = "contactID,contactName,company,cityID,phone,createDate"});
 }
 
 void Staff(PageContext& p) {
   if (!RequireSignIn(p)) return;
   // The staff of the signed-in person's system; the filter fixes the system in forms and writes.
   std::string system = p.Session.Get("systemID").Text();
-  TablePage(p, {.title = "人员管理",
-                .sql = "select personID,personName,loginName,dutyID,deptID,phone,email,systemID from person "
-                       "where systemID=" + system + " order by dutyID,personID",
-                .captions = "编号,姓名,登录名,职务,部门,电话,电子邮件,系统",
-                .codeSql = "personID;personName;loginName;select dutyName,dutyID from personDuty;"
-                           "select deptName,deptID from dept;phone;email;select systemName,systemID from systems"});
+  TablePage(
+      p, {.title = "人员管理",
+          .sql = "select personID,personName,loginName,dutyID,deptID,phone,email,systemID from person "
+                 "where systemID=" +
+                 system + " order by dutyID,personID",
+          .captions = "编号,姓名,登录名,职务,部门,电话,电子邮件,系统",
+          .codeSql = "personID;personName;loginName;select dutyName,dutyID from personDuty;"
+                     "select deptName,deptID from dept;phone;email;select systemName,systemID from systems"});
 }
 
 }  // namespace

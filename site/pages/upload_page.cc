@@ -57,8 +57,8 @@ void Upload(PageContext& p) {
       std::string remark = up.Invoke("Form", remarkField).Text();
       ado::Connection conn;
       conn.Open(ConnStr(p));
-      conn.Execute("insert into upload(fileName,fileSize,personID,uploadTime,remark) values(" + Quoted(fileName) +
-                   "," + std::to_string(size) + "," + std::to_string(PersonID(p)) + "," +
+      conn.Execute("insert into upload(fileName,fileSize,personID,uploadTime,remark) values(" +
+                   Quoted(fileName) + "," + std::to_string(size) + "," + std::to_string(PersonID(p)) + "," +
                    Quoted(DateText(Now())) + "," + Quoted(remark) + ")");
       conn.Close();
       message = "上传成功：" + fileName + "（" + std::to_string(size) + " 字节）";
@@ -74,11 +74,13 @@ void Upload(PageContext& p) {
       "<form method=post action='/upload.asp' enctype='multipart/form-data'>\r\n"
       "<p>文件 <input type=file name=file1></p>\r\n<p>说明 <input type=text name=remark size=40></p>\r\n"
       "<p><input type=submit value='上传'></p></form>\r\n"
-      "<table class=tbl cellSpacing=0 id=uploads><tr><th>文件名</th><th>大小</th><th>上传人</th><th>时间</th><th>说明</th></tr>\r\n");
+      "<table class=tbl cellSpacing=0 "
+      "id=uploads><tr><th>文件名</th><th>大小</th><th>上传人</th><th>时间</th><th>说明</th></tr>\r\n");
   ado::Recordset rs;
-  rs.Open("select fileName,fileSize,personName,uploadTime,remark from upload,person "
-          "where upload.personID=person.personID order by uploadID desc",
-          Variant(ConnStr(p)), 1);
+  rs.Open(
+      "select fileName,fileSize,personName,uploadTime,remark from upload,person "
+      "where upload.personID=person.personID order by uploadID desc",
+      Variant(ConnStr(p)), 1);
   std::string rows;
   for (int n = 0; !rs.Eof() && n < 50; rs.MoveNext(), ++n)
     rows += "<tr><td>" + Html(rs.Field("fileName").Text()) + "</td><td>" + rs.Field("fileSize").Text() +

@@ -17,10 +17,10 @@ TEST_P(LateBoundAdo, ConnectionAndRecordsetMembers) {
   conn.Invoke("Open");  // on the ConnectionString
   EXPECT_EQ(conn.Get("State"), Variant(int32_t{1}));
   conn.Invoke("Execute", {Variant("create table menu(menuID int primary key, menuname varchar(20))")});
-  Args change{Variant("insert menu(menuID,menuname) values(1,'首页'),(2,'日程')"),
-              Variant(), Variant(int32_t{-1})};
+  Args change{Variant("insert menu(menuID,menuname) values(1,'首页'),(2,'日程')"), Variant(),
+              Variant(int32_t{-1})};
   EXPECT_EQ(conn.Invoke("Execute", change).ToObject().Get("State"), Variant(int32_t{0}));  // no rows
-  EXPECT_EQ(change[1], Variant(int32_t{2}));  // RecordsAffected
+  EXPECT_EQ(change[1], Variant(int32_t{2}));                                               // RecordsAffected
   Args query{Variant("select menuname from menu where menuID=2"), Variant()};
   EXPECT_EQ(ValueOf(conn.Invoke("Execute", query).ToObject(), Variant(int32_t{0})), Variant("日程"));
   EXPECT_EQ(query[1], Variant(int32_t{-1}));

@@ -1,7 +1,7 @@
 // Connection: a session of the driver its string names, kept while open.
-#include "corvane/error.h"
 #include "ado/connection_impl.h"
 #include "corvane/ado.h"
+#include "corvane/error.h"
 
 namespace corvane::ado {
 

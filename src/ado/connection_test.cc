@@ -22,10 +22,13 @@ TEST_P(ConnectionTest, OpenTwiceCloseTwiceExecuteWhenClosedAndNoDriverForTheStri
 
 TEST_P(ConnectionTest, ExecuteAnswersTheRowsChangedOrRaisesAndChangesNothing) {
   auto c = Connect();
-  const std::pair<const char*, int32_t> cases[] = {
-      {"create table t(id int primary key, dept int)", 0}, {" insert t(id,dept) values(1,3)", 1},
-      {"insert into t(id,dept) values(2,3),(7,3);  ", 2}, {"update t set dept=4 where dept=3", 3},
-      {"select * from t", 0}, {" delete t  where dept=4 and id = 7", 1}, {"delete t where id=99", 0}};
+  const std::pair<const char*, int32_t> cases[] = {{"create table t(id int primary key, dept int)", 0},
+                                                   {" insert t(id,dept) values(1,3)", 1},
+                                                   {"insert into t(id,dept) values(2,3),(7,3);  ", 2},
+                                                   {"update t set dept=4 where dept=3", 3},
+                                                   {"select * from t", 0},
+                                                   {" delete t  where dept=4 and id = 7", 1},
+                                                   {"delete t where id=99", 0}};
   for (const auto& [sql, changed] : cases) EXPECT_EQ(c->Execute(sql), changed) << sql;
   for (const char* sql : {"insert t(id,dept) values(3,0),(1,0)", "update t se", "delete from nowhere", ""})
     EXPECT_EQ(ErrorNumber([&] { c->Execute(sql); }), Error::kDatabaseError) << sql;
@@ -69,7 +72,8 @@ TEST_P(ConnectionTest, ThreadsShareThePool) {
   std::vector<std::thread> threads;
   for (int t = 0; t < 4; ++t)
     threads.emplace_back([&, t] {
-      for (int i = 0; i < 10; ++i) Connect()->Execute("insert t(a) values(" + std::to_string(t * 100 + i) + ")");
+      for (int i = 0; i < 10; ++i)
+        Connect()->Execute("insert t(a) values(" + std::to_string(t * 100 + i) + ")");
     });
   for (std::thread& t : threads) t.join();
   EXPECT_EQ(Ids("select count(distinct a) from t"), std::vector<int32_t>{40});

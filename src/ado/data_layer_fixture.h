@@ -61,6 +61,6 @@ class DataLayerTest : public ::testing::TestWithParam<Backend> {
 
 }  // namespace corvane::ado::testing
 
-#define CORVANE_ON_EVERY_BACKEND(Suite)                                                                  \
+#define CORVANE_ON_EVERY_BACKEND(Suite)                                                               \
   INSTANTIATE_TEST_SUITE_P(Backends, Suite, ::testing::ValuesIn(::corvane::ado::testing::Backends()), \
                            [](const auto& test) { return test.param.name; })

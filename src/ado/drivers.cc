@@ -2,10 +2,10 @@
 // added here when it exists.
 #include <array>
 
-#include "corvane/error.h"
 #include "ado/connection_string.h"
 #include "ado/driver.h"
 #include "ado/sqlite/sqlite_driver.h"
+#include "corvane/error.h"
 
 namespace corvane::ado::detail {
 

@@ -25,16 +25,36 @@ std::string BaseName(std::string_view declared) {
 }
 
 constexpr std::array<std::pair<std::string_view, int>, 30> kTypes{{
-    {"INT", adInteger},          {"INTEGER", adInteger},     {"MEDIUMINT", adInteger},
-    {"BIGINT", adInteger},       {"SMALLINT", adSmallInt},   {"TINYINT", adSmallInt},
-    {"BIT", adBoolean},          {"BOOL", adBoolean},        {"BOOLEAN", adBoolean},
-    {"REAL", adDouble},          {"FLOAT", adDouble},        {"DOUBLE", adDouble},
-    {"DECIMAL", adNumeric},      {"NUMERIC", adNumeric},     {"MONEY", adNumeric},
-    {"SMALLMONEY", adNumeric},   {"DATETIME", adDBTimeStamp}, {"DATE", adDBTimeStamp},
-    {"TIMESTAMP", adDBTimeStamp}, {"SMALLDATETIME", adDBTimeStamp}, {"DATETIME2", adDBTimeStamp},
-    {"CHAR", adWChar},           {"NCHAR", adWChar},         {"TEXT", adLongVarWChar},
-    {"NTEXT", adLongVarWChar},   {"CLOB", adLongVarWChar},   {"BLOB", adLongVarBinary},
-    {"IMAGE", adLongVarBinary},  {"VARBINARY", adLongVarBinary}, {"BINARY", adLongVarBinary},
+    {"INT", adInteger},
+    {"INTEGER", adInteger},
+    {"MEDIUMINT", adInteger},
+    {"BIGINT", adInteger},
+    {"SMALLINT", adSmallInt},
+    {"TINYINT", adSmallInt},
+    {"BIT", adBoolean},
+    {"BOOL", adBoolean},
+    {"BOOLEAN", adBoolean},
+    {"REAL", adDouble},
+    {"FLOAT", adDouble},
+    {"DOUBLE", adDouble},
+    {"DECIMAL", adNumeric},
+    {"NUMERIC", adNumeric},
+    {"MONEY", adNumeric},
+    {"SMALLMONEY", adNumeric},
+    {"DATETIME", adDBTimeStamp},
+    {"DATE", adDBTimeStamp},
+    {"TIMESTAMP", adDBTimeStamp},
+    {"SMALLDATETIME", adDBTimeStamp},
+    {"DATETIME2", adDBTimeStamp},
+    {"CHAR", adWChar},
+    {"NCHAR", adWChar},
+    {"TEXT", adLongVarWChar},
+    {"NTEXT", adLongVarWChar},
+    {"CLOB", adLongVarWChar},
+    {"BLOB", adLongVarBinary},
+    {"IMAGE", adLongVarBinary},
+    {"VARBINARY", adLongVarBinary},
+    {"BINARY", adLongVarBinary},
 }};
 
 bool FitsLong(int64_t v) { return v >= INT32_MIN && v <= INT32_MAX; }
@@ -97,8 +117,7 @@ Variant FieldValue(int typeCode, const StoredValue& value) {
       return Natural(value);
     case adWChar:
     case adVarWChar:
-    case adLongVarWChar:
-      return Variant(AsText(value));
+    case adLongVarWChar: return Variant(AsText(value));
     case adLongVarBinary:
       if (auto* text = std::get_if<std::string_view>(&value))
         return Variant::FromBytes(Bytes(text->begin(), text->end()));

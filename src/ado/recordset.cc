@@ -1,8 +1,8 @@
 // Recordset: opening, moving and closing. Fields are in recordset_fields.cc, paging in
 // recordset_paging.cc.
-#include "corvane/error.h"
 #include "ado/access.h"
 #include "corvane/ado.h"
+#include "corvane/error.h"
 
 namespace corvane::ado {
 
@@ -17,8 +17,7 @@ void CheckCursorType(int cursorType) {
   if (cursorType < adOpenUnspecified || cursorType > adOpenStatic) throw Error::ArgumentsOutOfRange();
 }
 
-void OpenOn(detail::RecordsetImpl& impl, std::shared_ptr<detail::Session> session,
-            std::string_view source) {
+void OpenOn(detail::RecordsetImpl& impl, std::shared_ptr<detail::Session> session, std::string_view source) {
   std::string adapted = session->Adapt(source);
   std::unique_ptr<detail::Cursor> cursor = session->Prepare(adapted);
   impl.Start(std::move(session), std::move(adapted), std::move(cursor));
@@ -31,8 +30,8 @@ Recordset::Recordset() : impl_(std::make_unique<detail::RecordsetImpl>()) {}
 
 Recordset::~Recordset() = default;
 
-void Recordset::Open(std::string_view source, const Variant& activeConnection, int cursorType,
-                     int lockType, int options) {
+void Recordset::Open(std::string_view source, const Variant& activeConnection, int cursorType, int lockType,
+                     int options) {
   if (IsOpen()) throw Error::ObjectIsOpen();
   CheckCursorType(cursorType);
   if (activeConnection.IsObject()) {
@@ -47,8 +46,8 @@ void Recordset::Open(std::string_view source, const Variant& activeConnection, i
   }
 }
 
-void Recordset::Open(std::string_view source, const std::shared_ptr<Connection>& connection,
-                     int cursorType, int lockType, int options) {
+void Recordset::Open(std::string_view source, const std::shared_ptr<Connection>& connection, int cursorType,
+                     int lockType, int options) {
   if (IsOpen()) throw Error::ObjectIsOpen();
   CheckCursorType(cursorType);
   if (!connection) throw Error::ConnectionUnusable();

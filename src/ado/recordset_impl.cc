@@ -70,8 +70,7 @@ int RecordsetImpl::ColumnOf(std::string_view name) const {
 }
 
 int RecordsetImpl::ColumnOf(int index) const {
-  if (index < 0 || index >= static_cast<int>(names.size()))
-    throw Error::ItemNotFound(std::to_string(index));
+  if (index < 0 || index >= static_cast<int>(names.size())) throw Error::ItemNotFound(std::to_string(index));
   return index;
 }
 

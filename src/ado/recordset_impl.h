@@ -29,8 +29,8 @@ class RecordsetImpl {
   void Step();
   void Reset();  // back to closed
 
-  void RequireOpen() const;   // 3704 when closed
-  void RequireRecord() const;  // 3021 at EOF
+  void RequireOpen() const;                   // 3704 when closed
+  void RequireRecord() const;                 // 3021 at EOF
   int ColumnOf(std::string_view name) const;  // 3265 when unknown
   int ColumnOf(int index) const;              // 3265 when out of range
   int64_t Count();

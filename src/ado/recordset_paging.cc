@@ -3,9 +3,9 @@
 // come from one count of the query.
 #include <algorithm>
 
-#include "corvane/error.h"
 #include "ado/recordset_impl.h"
 #include "corvane/ado.h"
+#include "corvane/error.h"
 
 namespace corvane::ado {
 

@@ -6,7 +6,8 @@ namespace corvane::ado::testing {
 class RecordsetTest : public DataLayerTest {
  protected:
   void SetUp() override {
-    Run({"create table person(personID int primary key, personName varchar(20), dutyID int, s smallint, "
+    Run(
+        {"create table person(personID int primary key, personName varchar(20), dutyID int, s smallint, "
          "d double precision, n decimal(8,2), ts timestamp, dd date, c char(2), tx text)",
          "insert person(personID,personName,dutyID,s,d,n,ts,dd,c,tx) "
          "values(1,'张三',2,4,2.5,3.25,'2026-11-02 08:30:00','2026-11-02','ab','x')",
@@ -36,7 +37,7 @@ TEST_P(RecordsetTest, ClosedOpenAndTheSourceAsGiven) {
   EXPECT_EQ(ErrorNumber([&] { rs.Close(); }), 3704);
   EXPECT_EQ(ErrorNumber([&] { rs.Open("select nope from person", c); }), Error::kDatabaseError);
   rs.Open(" delete person where personID=3", c);  // run, and no rows to stay open on
-  EXPECT_EQ(rs.Source(), "");  // closed
+  EXPECT_EQ(rs.Source(), "");                     // closed
   const std::string sql = "select top 1 Who=personName from person order by personID desc";
   rs.Open(sql, c);
   EXPECT_EQ(ErrorNumber([&] { rs.Open(sql, c); }), 3705);
@@ -62,14 +63,20 @@ TEST_P(RecordsetTest, MovingAndFieldsByNameInAnyCaseOrByIndex) {
   EXPECT_EQ(ErrorNumber([&] { rs.MoveNext(); }), 3021);
   EXPECT_EQ(ErrorNumber([&] { rs.Field("personID"); }), 3021);
   EXPECT_EQ(ErrorNumber([&] { rs.Field("nope"); }), 3265);  // the name is checked first
-  EXPECT_EQ(rs.FieldType("personID"), adInteger);          // types are known at EOF
+  EXPECT_EQ(rs.FieldType("personID"), adInteger);           // types are known at EOF
 }
 
 TEST_P(RecordsetTest, TypesFromTheDeclaredColumnTypesWhateverTheValueAndNullUnderEach) {
-  const std::tuple<const char*, int, Variant> cases[] = {  // Variants compare their types too
-      {"dutyID", adInteger, int32_t{2}}, {"s", adSmallInt, int16_t{4}}, {"d", adDouble, 2.5},
-      {"n", adNumeric, 3.25}, {"ts", adDBTimeStamp, Variant::Date(2026, 11, 2, 8, 30, 0)},
-      {"dd", adDBTimeStamp, Variant::Date(2026, 11, 2)}, {"c", adWChar, "ab"}, {"tx", adLongVarWChar, "x"}};
+  const std::tuple<const char*, int, Variant> cases[] = {
+      // Variants compare their types too
+      {"dutyID", adInteger, int32_t{2}},
+      {"s", adSmallInt, int16_t{4}},
+      {"d", adDouble, 2.5},
+      {"n", adNumeric, 3.25},
+      {"ts", adDBTimeStamp, Variant::Date(2026, 11, 2, 8, 30, 0)},
+      {"dd", adDBTimeStamp, Variant::Date(2026, 11, 2)},
+      {"c", adWChar, "ab"},
+      {"tx", adLongVarWChar, "x"}};
   Recordset rs;
   rs.Open("select * from person order by personID", c);
   for (const auto& [name, type, value] : cases)

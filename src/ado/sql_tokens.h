@@ -17,14 +17,24 @@
 
 namespace corvane::ado::detail {
 
-enum class TokenKind { Blank, Comment, String, QuotedName, Word, Operator, OpenParen, CloseParen,
-                       Comma, Semicolon };
+enum class TokenKind {
+  Blank,
+  Comment,
+  String,
+  QuotedName,
+  Word,
+  Operator,
+  OpenParen,
+  CloseParen,
+  Comma,
+  Semicolon
+};
 
 struct Token {
   TokenKind kind;
   size_t begin;  // byte offsets into the text
   size_t end;
-  int depth;     // parentheses open before this token (a ")" counts at its inner depth)
+  int depth;  // parentheses open before this token (a ")" counts at its inner depth)
 
   std::string_view Text(std::string_view sql) const { return sql.substr(begin, end - begin); }
   bool IsSignificant() const { return kind != TokenKind::Blank && kind != TokenKind::Comment; }

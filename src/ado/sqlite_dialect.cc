@@ -45,16 +45,15 @@ bool IsName(const Token& t, std::string_view sql) {
 
 // Keywords that end a select list when there is no FROM.
 bool EndsSelectList(const Token& t, std::string_view sql) {
-  for (std::string_view k : {"from", "where", "group", "having", "order", "union", "except",
-                             "intersect", "limit", "window", "into"})
+  for (std::string_view k : {"from", "where", "group", "having", "order", "union", "except", "intersect",
+                             "limit", "window", "into"})
     if (IsKeyword(t, sql, k)) return true;
   return false;
 }
 
 class SelectRewriter {
  public:
-  SelectRewriter(std::string_view sql, const std::vector<Token>& tokens,
-                 const std::vector<size_t>& statement)
+  SelectRewriter(std::string_view sql, const std::vector<Token>& tokens, const std::vector<size_t>& statement)
       : sql_(sql), tokens_(tokens), st_(statement) {}
 
   void Collect(std::vector<Edit>& edits) {
@@ -146,8 +145,7 @@ std::string Apply(std::string_view sql, std::vector<Edit> edits) {
 void RefuseEmptyInList(std::string_view sql, const std::vector<Token>& tokens,
                        const std::vector<size_t>& statement) {
   for (size_t i = 0; i + 2 < statement.size(); ++i) {
-    if (IsKeyword(tokens[statement[i]], sql, "in") &&
-        tokens[statement[i + 1]].kind == TokenKind::OpenParen &&
+    if (IsKeyword(tokens[statement[i]], sql, "in") && tokens[statement[i + 1]].kind == TokenKind::OpenParen &&
         tokens[statement[i + 2]].kind == TokenKind::CloseParen)
       throw Error::Database("Incorrect syntax near ')'.");
   }

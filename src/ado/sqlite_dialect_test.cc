@@ -9,6 +9,7 @@ namespace corvane::ado::testing {
 using detail::AdaptForSqlite;
 
 TEST(AdaptForSqlite, RewritesTheSqlServerForms) {
+  // clang-format off
   const std::pair<const char*, const char*> cases[] = {
       // select top N: the limit goes after the statement's last token, before a ";" or a comment
       {"  select top (3) a from t order by a ", "  select a from t order by a limit 3 "},
@@ -30,20 +31,31 @@ TEST(AdaptForSqlite, RewritesTheSqlServerForms) {
       {"select n=1", "select 1 as n"},
       {"select a=1 from t where b='it''s", "select 1 as a from t where b='it''s"},  // unterminated
   };
+  // clang-format on
   for (const auto& [in, out] : cases) EXPECT_EQ(AdaptForSqlite(in), out) << in;
 }
 
 TEST(AdaptForSqlite, LeavesEverythingElseByteForByte) {
-  const char* const unchanged[] = {
-      "select top, x from t", "select top from t", "select a from t where top=1",
-      "select a from t where a=1 and b<=2 and c>=3 and d!=4 and e==5 and f<>6",
-      "select a<=b, c>=d, e==f, g!=h from t", "select 'x=y', \"q=r\" from t", "select t.a=1 from t",
-      "select f(a=1) from t", "select a from t where b in (select c=d from u)",
-      " INSERT INTO accessmenu(accessgroupid, accessmenuid) VALUES ( 5,3)",
-      "insert or replace into t(a) values(1)", "delete from   AccessGroup where accessGroupID=3",
-      " update t set a=1 where b=2", "create table t(top int, a text)", "", "   ", "select 1 -- top 5\n",
-      "/* select top 1 */ select a from t", "select a from t where b='x=1, y=2",
-      "select a from t where b in (1) and c='in ()'"};
+  const char* const unchanged[] = {"select top, x from t",
+                                   "select top from t",
+                                   "select a from t where top=1",
+                                   "select a from t where a=1 and b<=2 and c>=3 and d!=4 and e==5 and f<>6",
+                                   "select a<=b, c>=d, e==f, g!=h from t",
+                                   "select 'x=y', \"q=r\" from t",
+                                   "select t.a=1 from t",
+                                   "select f(a=1) from t",
+                                   "select a from t where b in (select c=d from u)",
+                                   " INSERT INTO accessmenu(accessgroupid, accessmenuid) VALUES ( 5,3)",
+                                   "insert or replace into t(a) values(1)",
+                                   "delete from   AccessGroup where accessGroupID=3",
+                                   " update t set a=1 where b=2",
+                                   "create table t(top int, a text)",
+                                   "",
+                                   "   ",
+                                   "select 1 -- top 5\n",
+                                   "/* select top 1 */ select a from t",
+                                   "select a from t where b='x=1, y=2",
+                                   "select a from t where b in (1) and c='in ()'"};
   for (const char* sql : unchanged) EXPECT_EQ(AdaptForSqlite(sql), sql) << sql;
 }
 

@@ -19,8 +19,8 @@ void DNA::DispSetColumns() {
     if (InStr(chose, aEnglish[i]) > 0) out.Write("checked");
     out.Write(">" + page_kit::kCrLf);
   }
-  out.Write("<br>每页行数：<input type='text' name='pageSize' size=3 value='" +
-            SessionText("nPageSize") + "'><br>" + page_kit::kCrLf);
+  out.Write("<br>每页行数：<input type='text' name='pageSize' size=3 value='" + SessionText("nPageSize") +
+            "'><br>" + page_kit::kCrLf);
   out.Write("<input type='submit'  value='设定显示列'></Form>" + page_kit::kCrLf);
   if (bDebug) WriteTrace("##调试信息:DispSetColumns OK!<br>" + page_kit::kCrLf);
 }

@@ -19,8 +19,8 @@ using page_kit::kCrLf;
 // field in debug mode.
 void DNA::ReadFieldTypes() {
   auto rs = std::make_shared<ado::Recordset>();
-  rs->Open("select top 1 " + strItemEnglish + " from " + strTable, Variant(strConn), ado::adOpenKeyset,
-           -1, -1);
+  rs->Open("select top 1 " + strItemEnglish + " from " + strTable, Variant(strConn), ado::adOpenKeyset, -1,
+           -1);
   for (int32_t i = 0; i <= aEnglish.UBound(); ++i) {
     aFieldType[i] = Variant(static_cast<int32_t>(rs->FieldType(aEnglish[i])));
     if (bDebug) WriteTrace(aEnglish[i] + ":" + aFieldType[i].Text() + "<br>");
@@ -134,7 +134,8 @@ void DNA::SetDefaultItem(const Variant& defaultItems) {
   const bool given = !defaultItems.Text().empty();
   if (given) strDefault = defaultItems.ToString();
   // Only on the first view of a page reached from another page (the URL is stored at page end).
-  if (SessionText("strURL") != strURL && given) Session().Set("strItemChose", Variant(defaultItems.ToString()));
+  if (SessionText("strURL") != strURL && given)
+    Session().Set("strItemChose", Variant(defaultItems.ToString()));
   if (bDebug) {
     WriteTrace(kCrLf + "##调试信息:SetDefaultItem OK!<br>");
     WriteTrace("#Session(strItemChose):" + SessionText("strItemChose") + "<br>" + kCrLf);

@@ -155,8 +155,8 @@ std::string DNA::GetListHeader() {
       arrow = Len(secondary) > Len(name) + 1 ? " <span id=ctrlDiv><font size=-2>▽</font></span>"
                                              : " <span id=ctrlDiv><font size=-2>△</font></span>";
     }
-    s += "<th nowrap><a href='" + strURL + "?action=" + mode + "&page=1&order=" + name + "'>" +
-         aChinese[i] + arrow + "</a></th>";
+    s += "<th nowrap><a href='" + strURL + "?action=" + mode + "&page=1&order=" + name + "'>" + aChinese[i] +
+         arrow + "</a></th>";
   }
   s += "</tr>" + kCrLf;
   return s;
@@ -186,8 +186,8 @@ std::string DNA::GetListRows() {
     s += editHead + k +
          "' id=updateID style='display:none'><img src='images/edit.gif'height=16 width=16 border=0  "
          "alt=' 修 改 ?'></a>";
-    s += deleteHead + k +
-         "' id=deleteID style='display:none' onclick=\"return confirm('真的要删除第 " + number +
+    s += deleteHead + k + "' id=deleteID style='display:none' onclick=\"return confirm('真的要删除第 " +
+         number +
          " 条记录？');\"><img src='images/delete.gif'height=16 width=16 border=0  alt='删 除 ?'></a>";
     s += " " + number + "</td>";
     for (int32_t j : shown) {

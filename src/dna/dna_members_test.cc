@@ -28,6 +28,7 @@ TEST(DNAClass, DispatchIds) {
 
 TEST(DNAClass, PropertiesConvertOnWrite) {
   Object dna = CreateObject("corvane.DNA"), rs = CreateObject("ADODB.Recordset");
+  // clang-format off
   const std::tuple<const char*, Variant, Variant, int> cases[] = {
       {"nPage", Variant("12"), Variant(int16_t{12}), 0},
       {"nAccessLevel", Variant(2.5), Variant(int16_t{2}), 0},  // rounded half to even
@@ -35,6 +36,7 @@ TEST(DNAClass, PropertiesConvertOnWrite) {
       {"nPage", Variant("x"), Variant(int16_t{12}), 13},
       {"strAction", Variant::Null(), Variant(""), 94},
   };
+  // clang-format on
   for (const auto& [name, put, get, error] : cases) {
     EXPECT_EQ(ErrorNumber([&] { dna.Put(name, put); }), error) << name;
     EXPECT_EQ(dna.Get(name), get) << name;

@@ -13,8 +13,7 @@ namespace {
 using page_kit::kCrLf;
 
 // The hover behaviour of every command, with its leading and trailing blank.
-const std::string kHover =
-    " onmouseover=\"this.className='a2';\" onmouseout=\"this.className='';\" ";
+const std::string kHover = " onmouseover=\"this.className='a2';\" onmouseout=\"this.className='';\" ";
 
 // The actions whose page is a list (or follows a posted change, search or column setting).
 bool IsListAction(const std::string& action) {

@@ -19,6 +19,7 @@ TEST_F(DnaTable, OpenDNAWithoutFromFilterOrKeyTracesThenFailsInDebugMode) {
 
 TEST_F(DnaTable, RequestStateOverManyViewsOfOneSession) {
   // The query (the first on another page), then action|key|page|page size|order|order2|columns|search.
+  // clang-format off
   const std::pair<const char*, const char*> steps[] = {
       {"page=3", "list||3|20|||id,name,dept|dept=1 "},  // no default columns there
       // Back on the page: the default sort that OpenDNA stored is cleared again; a page keeps the search.
@@ -31,6 +32,7 @@ TEST_F(DnaTable, RequestStateOverManyViewsOfOneSession) {
       {"order=de", "list||1|7|dept DESC |name|id,name|"},  // containment toggles "dept"
       {"action=setcol2&id=1'2&choseItem=id&choseItem=dept", "setcol2|1`2|1|7|dept DESC |name|id, dept|"},
   };
+  // clang-format on
   session.Set("strSearch", Variant("dept=1 "));
   for (const auto& [query, expected] : steps) {
     const bool other = &query == &steps[0].first;

@@ -19,6 +19,7 @@ TEST_F(DnaTable, WholeOutputsMatchTheirGoldenFiles) {
   const std::string form = "select id,hired,name,dept,hired,pay from staff ";
   // The golden file, the session's values before the view ("key=value;..."), the request, the SQL,
   // and the call.
+  // clang-format off
   const std::tuple<const char*, const char*, const char*, std::string, std::function<void(DNA&)>> cases[] = {
       {"list_first_of_three.html", "strOrder=name DESC ;strOrder2=dept", "page=1&pageSize=2", kStaffSQL,
        &DNA::DispList},
@@ -38,6 +39,7 @@ TEST_F(DnaTable, WholeOutputsMatchTheirGoldenFiles) {
       // No action word; an even number of shown fields needs no filler.
       {"form_view.html", "", "action=view", "select id,hired,name,dept,hired from staff where pay>0", Form},
   };
+  // clang-format on
   for (const auto& [golden, state, query, sql, call] : cases) {
     host::Session fresh;
     fresh.Set("strURL", Variant("/staff.asp"));

@@ -10,12 +10,14 @@ const std::string kWriteSQL = "select id,name,dept,pay,hired from staff";
 
 TEST_F(DnaTable, InsertJoinsTheGivenValuesButNeverTheKey) {
   // The posted form, the error, what the page received, and the added row.
+  // clang-format off
   const std::tuple<const char*, int, const char*, const char*> cases[] = {
       {"id=7&name=+&dept=", 0, "输入为空", "<none>"},
       // An integer is joined as posted, unquoted: "1,2" gives three values for two columns.
       {"name=x&dept=1%2C2", Error::kDatabaseError, "", "<none>"},
       {"id=99&name=%E5%AD%99%E5%85%AB&dept=2&pay=+&hired=2026-06-01", 0, "插入成功", "孙八2-2026-06-01"},
   };
+  // clang-format on
   for (const auto& [body, error, written, added] : cases) {
     DnaPage p(session, "", std::string("action=insert2&") + body);
     p.Open(db, kWriteSQL);

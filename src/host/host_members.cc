@@ -9,25 +9,29 @@ namespace corvane::host {
 const ClassInfo& Request::Info() const {
   static const ClassInfo info{
       .className = "Request",
-      .members = {
-          // Without a name, Form is the raw body and QueryString the raw query string.
-          Method<Request>("Form", 1,
-                          [](Request& r, Args& a) { return a.empty() ? Variant(r.Body()) : r.Form(Arg(a, 0).Text()); }),
-          Method<Request>("QueryString", 2,
-                          [](Request& r, Args& a) {
-                            return a.empty() ? Variant(r.QueryString()) : r.QueryString(Arg(a, 0).Text());
-                          }),
-          Method<Request>("ServerVariables", 3, [](Request& r, Args& a) { return r.ServerVariables(Arg(a, 0).Text()); }),
-          Reader<Request>("TotalBytes", 4, [](Request& r) { return r.TotalBytes(); }),
-          Method<Request>("BinaryRead", 5,
-                          [](Request& r, Args& a) {
-                            Variant& count = RefArg(a, 0);
-                            int32_t n = count.ToLong();
-                            Variant data = r.BinaryRead(n);
-                            count = Variant(n);
-                            return data;
-                          }),
-      },
+      .members =
+          {
+              // Without a name, Form is the raw body and QueryString the raw query string.
+              Method<Request>("Form", 1,
+                              [](Request& r, Args& a) {
+                                return a.empty() ? Variant(r.Body()) : r.Form(Arg(a, 0).Text());
+                              }),
+              Method<Request>("QueryString", 2,
+                              [](Request& r, Args& a) {
+                                return a.empty() ? Variant(r.QueryString()) : r.QueryString(Arg(a, 0).Text());
+                              }),
+              Method<Request>("ServerVariables", 3,
+                              [](Request& r, Args& a) { return r.ServerVariables(Arg(a, 0).Text()); }),
+              Reader<Request>("TotalBytes", 4, [](Request& r) { return r.TotalBytes(); }),
+              Method<Request>("BinaryRead", 5,
+                              [](Request& r, Args& a) {
+                                Variant& count = RefArg(a, 0);
+                                int32_t n = count.ToLong();
+                                Variant data = r.BinaryRead(n);
+                                count = Variant(n);
+                                return data;
+                              }),
+          },
   };
   return info;
 }
@@ -35,16 +39,19 @@ const ClassInfo& Request::Info() const {
 const ClassInfo& Response::Info() const {
   static const ClassInfo info{
       .className = "Response",
-      .members = {
-          Method<Response>("Write", 1, [](Response& r, Args& a) { r.Write(Arg(a, 0)); }),
-          Method<Response>("BinaryWrite", 2, [](Response& r, Args& a) { r.BinaryWrite(Arg(a, 0).ToBytes()); }),
-          Method<Response>("Redirect", 3, [](Response& r, Args& a) { r.Redirect(Arg(a, 0).ToString()); }),
-          Method<Response>("AddHeader", 4,
-                           [](Response& r, Args& a) { r.AddHeader(Arg(a, 0).ToString(), Arg(a, 1).ToString()); }),
-          ReadWrite<Response>(
-              "ContentType", 5, [](Response& r, Args&) { return r.ContentType(); },
-              [](Response& r, Args&, const Variant& v) { r.SetContentType(v.ToString()); }),
-      },
+      .members =
+          {
+              Method<Response>("Write", 1, [](Response& r, Args& a) { r.Write(Arg(a, 0)); }),
+              Method<Response>("BinaryWrite", 2,
+                               [](Response& r, Args& a) { r.BinaryWrite(Arg(a, 0).ToBytes()); }),
+              Method<Response>("Redirect", 3, [](Response& r, Args& a) { r.Redirect(Arg(a, 0).ToString()); }),
+              Method<Response>(
+                  "AddHeader", 4,
+                  [](Response& r, Args& a) { r.AddHeader(Arg(a, 0).ToString(), Arg(a, 1).ToString()); }),
+              ReadWrite<Response>(
+                  "ContentType", 5, [](Response& r, Args&) { return r.ContentType(); },
+                  [](Response& r, Args&, const Variant& v) { r.SetContentType(v.ToString()); }),
+          },
   };
   return info;
 }
@@ -64,13 +71,15 @@ MemberInfo Item(std::string_view name) {
 const ClassInfo& SessionObject::Info() const {
   static const ClassInfo info{
       .className = "Session",
-      .members = {
-          Item<SessionObject>("Item"),
-          Item<SessionObject>("Contents"),
-          Method<SessionObject>("Remove", 1, [](SessionObject& s, Args& a) { s.Remove(Arg(a, 0).ToString()); }),
-          Method<SessionObject>("Abandon", 2, [](SessionObject& s, Args&) { s.Clear(); }),
-          Reader<SessionObject>("SessionID", 3, [](SessionObject& s) { return s.SessionID(); }),
-      },
+      .members =
+          {
+              Item<SessionObject>("Item"),
+              Item<SessionObject>("Contents"),
+              Method<SessionObject>("Remove", 1,
+                                    [](SessionObject& s, Args& a) { s.Remove(Arg(a, 0).ToString()); }),
+              Method<SessionObject>("Abandon", 2, [](SessionObject& s, Args&) { s.Clear(); }),
+              Reader<SessionObject>("SessionID", 3, [](SessionObject& s) { return s.SessionID(); }),
+          },
   };
   return info;
 }
@@ -86,11 +95,15 @@ const ClassInfo& Application::Info() const {
 const ClassInfo& Server::Info() const {
   static const ClassInfo info{
       .className = "Server",
-      .members = {
-          Method<Server>("CreateObject", 1, [](Server& s, Args& a) { return s.CreateObject(Arg(a, 0).ToString()); }),
-          Method<Server>("URLEncode", 2, [](Server& s, Args& a) { return s.URLEncode(Arg(a, 0).Text()); }),
-          Method<Server>("HTMLEncode", 3, [](Server& s, Args& a) { return s.HTMLEncode(Arg(a, 0).Text()); }),
-      },
+      .members =
+          {
+              Method<Server>("CreateObject", 1,
+                             [](Server& s, Args& a) { return s.CreateObject(Arg(a, 0).ToString()); }),
+              Method<Server>("URLEncode", 2,
+                             [](Server& s, Args& a) { return s.URLEncode(Arg(a, 0).Text()); }),
+              Method<Server>("HTMLEncode", 3,
+                             [](Server& s, Args& a) { return s.HTMLEncode(Arg(a, 0).Text()); }),
+          },
   };
   return info;
 }
@@ -98,13 +111,16 @@ const ClassInfo& Server::Info() const {
 const ClassInfo& ScriptingContext::Info() const {
   static const ClassInfo info{
       .className = "ScriptingContext",
-      .members = {
-          Reader<ScriptingContext>("Request", 1, [](ScriptingContext& c) { return Object(c.Request()); }),
-          Reader<ScriptingContext>("Response", 2, [](ScriptingContext& c) { return Object(c.Response()); }),
-          Reader<ScriptingContext>("Session", 3, [](ScriptingContext& c) { return Object(c.Session()); }),
-          Reader<ScriptingContext>("Server", 4, [](ScriptingContext& c) { return Object(c.Server()); }),
-          Reader<ScriptingContext>("Application", 5, [](ScriptingContext& c) { return Object(c.Application()); }),
-      },
+      .members =
+          {
+              Reader<ScriptingContext>("Request", 1, [](ScriptingContext& c) { return Object(c.Request()); }),
+              Reader<ScriptingContext>("Response", 2,
+                                       [](ScriptingContext& c) { return Object(c.Response()); }),
+              Reader<ScriptingContext>("Session", 3, [](ScriptingContext& c) { return Object(c.Session()); }),
+              Reader<ScriptingContext>("Server", 4, [](ScriptingContext& c) { return Object(c.Server()); }),
+              Reader<ScriptingContext>("Application", 5,
+                                       [](ScriptingContext& c) { return Object(c.Application()); }),
+          },
   };
   return info;
 }

@@ -1,6 +1,7 @@
+#include "corvane/host.h"
+
 #include <gtest/gtest.h>
 
-#include "corvane/host.h"
 #include "runtime/members.h"
 #include "test_support.h"
 
@@ -35,8 +36,11 @@ TEST(RequestValues, DecodedInTheCodePageAndJoined) {
 // A multipart body is not parsed but read raw: BinaryRead copies, BinaryReadView gives a view of the body.
 TEST(RequestValues, Utf8CodePageAndRawBody) {
   Session session;
-  Page page(PageRequest{.url = "/u.asp", .queryString = "n=%E4%B8%AD", .contentType = "multipart/form-data; boundary=x",
-                        .body = "--x\r\nbody", .codePage = kCodePageUtf8},
+  Page page(PageRequest{.url = "/u.asp",
+                        .queryString = "n=%E4%B8%AD",
+                        .contentType = "multipart/form-data; boundary=x",
+                        .body = "--x\r\nbody",
+                        .codePage = kCodePageUtf8},
             session);
   Request& r = page.Request();
   EXPECT_EQ(r.QueryString("n").ToString(), "中");
@@ -92,7 +96,8 @@ class Probe : public Dispatch {
                                   [](Probe& p, Args& a) {
                                     auto context = Arg(a, 0).ToObject().As<ScriptingContext>();
                                     p.session_ = context->Session();
-                                    log.push_back("start " + context->Request()->ServerVariables("URL").ToString());
+                                    log.push_back("start " +
+                                                  context->Request()->ServerVariables("URL").ToString());
                                   }),
                     Method<Probe>("OnEndPage", 2, [](Probe& p, Args&) {
                       log.push_back("end");

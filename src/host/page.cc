@@ -15,7 +15,8 @@ Page::Page(PageRequest request, host::Session session, PageHost host)
   context_->server_->context_ = context_;
   context_->server_->createObject_ = std::move(host.createObject);
   context_->server_->codePage_ = codePage;
-  context_->application_ = host.application ? std::move(host.application) : std::make_shared<host::Application>();
+  context_->application_ =
+      host.application ? std::move(host.application) : std::make_shared<host::Application>();
 }
 
 // A page torn down without End() still ends its objects; nobody is left to hear of their errors.

@@ -7,8 +7,7 @@
 namespace corvane::host {
 
 Request::Request(std::string url, std::string queryString, std::string contentType, std::string body,
-                 std::string method, int codePage,
-                 Headers serverVariables)
+                 std::string method, int codePage, Headers serverVariables)
     : url_(std::move(url)),
       queryString_(std::move(queryString)),
       contentType_(std::move(contentType)),
@@ -51,6 +50,5 @@ std::string_view Request::BinaryReadView(int32_t& count) {
   count = static_cast<int32_t>(n);
   return bytes;
 }
-
 
 }  // namespace corvane::host

@@ -36,5 +36,4 @@ std::string Response::Output() const {
   return out;
 }
 
-
 }  // namespace corvane::host

@@ -55,7 +55,6 @@ std::vector<std::string> SessionObject::Keys() const {
   return keys;
 }
 
-
 Variant Application::Get(std::string_view key) const {
   std::lock_guard lock(mu_);
   auto it = items_.find(LCase(key));
@@ -66,6 +65,5 @@ void Application::Set(std::string_view key, Variant value) {
   std::lock_guard lock(mu_);
   items_[LCase(key)] = std::move(value);
 }
-
 
 }  // namespace corvane::host

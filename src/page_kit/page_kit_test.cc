@@ -32,7 +32,8 @@ TEST(PageKit, ASecondCloseHasNothingToCloseButStillTraces) {
   std::shared_ptr<ado::Connection> conn;
   OpenConnection(conn, db.connectionString, false, page.ContextObject()->Response());
   for (int i = 0; i < 2; ++i) CloseConnection(conn, true, page.ContextObject()->Response());
-  EXPECT_EQ(page.Output(), TraceLine("##调试信息:关闭数据库 OK!<br>\r\n") + TraceLine("##调试信息:关闭数据库 OK!<br>\r\n"));
+  EXPECT_EQ(page.Output(),
+            TraceLine("##调试信息:关闭数据库 OK!<br>\r\n") + TraceLine("##调试信息:关闭数据库 OK!<br>\r\n"));
 }
 
 }  // namespace

@@ -61,8 +61,8 @@ Variant Permission::AddGroup(Variant& name) {
 
 Variant Permission::delGroup(Variant& groupID) {
   // The group's rows in accessMenu and accessPerson are left as they are.
-  Execute("delete from   AccessGroup where accessGroupID=" + groupID.Text() + " and systemid=" +
-          SessionText("systemID"));
+  Execute("delete from   AccessGroup where accessGroupID=" + groupID.Text() +
+          " and systemid=" + SessionText("systemID"));
   return {};
 }
 
@@ -73,8 +73,8 @@ Variant Permission::SavePermission(Variant& permissionGroupID, Variant& permitSe
   const std::string group = permissionGroupID.Text();
   Execute(" delete from accessMenu where accessgroupid=" + group);
   for (const std::string& menuID : Split(permitSetStr.ToString(), "*"))
-    Execute(" INSERT INTO accessmenu(accessgroupid, accessmenutype, accessmenuid) VALUES ( " + group +
-            ",1," + menuID + ")");
+    Execute(" INSERT INTO accessmenu(accessgroupid, accessmenutype, accessmenuid) VALUES ( " + group + ",1," +
+            menuID + ")");
   return Variant("权限修改成功");
 }
 
@@ -83,8 +83,8 @@ Variant Permission::SavePerson(Variant& permissionGroupID, Variant& permitSetStr
   const std::string group = permissionGroupID.Text();
   Execute(" delete from accessPerson where accessgroupid=" + group);
   for (const std::string& personID : Split(permitSetStr.ToString(), ","))
-    Execute(" INSERT INTO accessperson(accessGroupID, accessPersonID) VALUES ( " + group + "," +
-            personID + ")");
+    Execute(" INSERT INTO accessperson(accessGroupID, accessPersonID) VALUES ( " + group + "," + personID +
+            ")");
   return Variant("人员修改成功");
 }
 

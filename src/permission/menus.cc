@@ -47,8 +47,9 @@ void Permission::AppendMenuLevel(std::string& out, const std::string& sql, int l
 }
 
 Variant Permission::DispMenuItem() {
-  const std::string level1 = "select * from menu where menuFatherID is null and systemID=" +
-                             SessionText("systemID") + " order by menuOrder ";
+  const std::string level1 =
+      "select * from menu where menuFatherID is null and systemID=" + SessionText("systemID") +
+      " order by menuOrder ";
   auto children = [&](const std::string& fatherID) {
     return "select * from menu where menuFatherID=" + fatherID + " and systemID=" + SessionText("systemID") +
            " order by menuOrder";
@@ -60,10 +61,12 @@ Variant Permission::DispMenuItem() {
 
 Variant Permission::DispAccessMenuItem(int16_t& groupID) {
   const std::string held =
-      "select * from menu ,AccessMenu where Menu.MenuID=AccessMenu.AccessMenuID and AccessMenu.AccessGroupID=" +
+      "select * from menu ,AccessMenu where Menu.MenuID=AccessMenu.AccessMenuID and "
+      "AccessMenu.AccessGroupID=" +
       std::to_string(groupID);
-  const std::string level1 =
-      held + " and Menu.menuFatherID is null and menu.systemID=" + SessionText("systemID") + " order by menuOrder ";
+  const std::string level1 = held +
+                             " and Menu.menuFatherID is null and menu.systemID=" + SessionText("systemID") +
+                             " order by menuOrder ";
   // Children are looked up only under emitted entries, so an entry whose father the group does not
   // hold never shows.
   auto children = [&](const std::string& fatherID) {
@@ -97,8 +100,8 @@ Variant Permission::GetMenu1(Variant& RsM1) {
 Variant Permission::GetMenu23(const Variant& menuFatherID) {
   std::string sql;
   if (IsSuperuser(SessionValues().Get("personName"))) {
-    sql = "select * from Menu where  menufatherID=" + menuFatherID.Text() + " and  systemID=" +
-          SessionText("systemID") + " order by menuOrder";
+    sql = "select * from Menu where  menufatherID=" + menuFatherID.Text() +
+          " and  systemID=" + SessionText("systemID") + " order by menuOrder";
   } else {
     sql = "select * from Menu where  menufatherID=" + menuFatherID.Text() + " and  menuid in (" +
           SessionText("personAccess") + ") and  systemID=" + SessionText("systemID") + " order by menuOrder";

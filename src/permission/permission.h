@@ -90,7 +90,8 @@ class Permission : public Dispatch {
   void Execute(const std::string& sql) const;
   // The menu option lines of one level's rows and, under each, its children, for both menu lists.
   template <class ChildQuery>
-  void AppendMenuLevel(std::string& out, const std::string& sql, int level, const ChildQuery& childQuery) const;
+  void AppendMenuLevel(std::string& out, const std::string& sql, int level,
+                       const ChildQuery& childQuery) const;
 
   page_kit::PageObjects page_;
   std::shared_ptr<ado::Connection> objConn;

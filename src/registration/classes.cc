@@ -18,13 +18,8 @@ namespace corvane {
 
 const std::vector<const ClassInfo*>& RegisteredClasses() {
   static const std::vector<const ClassInfo*> classes = {
-      &AspHttpClass(),
-      &DNAClass(),
-      &PermissionClass(),
-      &ado::ConnectionClass(),
-      &ado::RecordsetClass(),
-      &SchedulerClass(),
-      &SystemInitClass(),
+      &AspHttpClass(),        &DNAClass(),       &PermissionClass(), &ado::ConnectionClass(),
+      &ado::RecordsetClass(), &SchedulerClass(), &SystemInitClass(),
   };
   return classes;
 }

@@ -135,7 +135,8 @@ std::string DecodeCodePage(std::string_view bytes, int codePage) {
     // An undefined pair (a lead byte and a byte in the trail range) is one character; otherwise the
     // bad byte goes alone and what follows it is read afresh.
     const auto lead = static_cast<unsigned char>(bytes[at]);
-    const bool pair = at + 1 < bytes.size() && IsGbkLead(lead) && IsGbkTrail(static_cast<unsigned char>(bytes[at + 1]));
+    const bool pair =
+        at + 1 < bytes.size() && IsGbkLead(lead) && IsGbkTrail(static_cast<unsigned char>(bytes[at + 1]));
     return pair ? 2 : 1;
   });
 }

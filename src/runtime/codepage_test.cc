@@ -21,6 +21,7 @@ TEST(CodePage, ConvertsBothWaysWholeOnManyThreadsAndMarksWhatTheCodePageLacks) {
   // user-defined pair (one "?" for both); FF, no lead byte; 81 30 81 30, a four-byte GB18030 form. D6 61
   // is a defined pair (GBK/4). UTF-8 keeps well-formed text and marks each stray byte.
   const std::string ascii = "a'\r\n\t~\x7F" + std::string(1, '\0'), page = "<td>第一页</td>，！";
+  // clang-format off
   const struct { std::string got, want; } cases[] = {
       {EncodeCodePage(kChinese), kChineseGbk}, {DecodeCodePage(kChineseGbk), kChinese},
       {EncodeCodePage(page), "<td>\xB5\xDA\xD2\xBB\xD2\xB3</td>\xA3\xAC\xA3\xA1"},
@@ -36,6 +37,7 @@ TEST(CodePage, ConvertsBothWaysWholeOnManyThreadsAndMarksWhatTheCodePageLacks) {
       {DecodeCodePage(kChinese + "😀", 65001), kChinese + "😀"}, {EncodeCodePage("a\xE4\xB8", 65001), "a??"},
       {DecodeCodePage("\xC0\xAF", 65001), "??"}, {DecodeCodePage("\xFF" "x", 65001), "?x"},
   };
+  // clang-format on
   for (const auto& c : cases) EXPECT_EQ(c.got, c.want) << "case " << &c - cases;
   // "€" grows from one byte to three: the text outgrows the first guess at its UTF-8 length.
   std::string text, gbk;
@@ -55,12 +57,14 @@ TEST(CodePage, ConvertsBothWaysWholeOnManyThreadsAndMarksWhatTheCodePageLacks) {
 TEST(CodePage, AnsiCodesOfCharactersAndBackAndTheCodePagesRefused) {
   // Only the first character counts; one the code page lacks gives the code of "?"; under UTF-8 a
   // character's code is formed of its last two bytes.
+  // clang-format off
   const struct { uint32_t got, want; } codes[] = {
       {AnsiCode("A"), 65}, {AnsiCode("中"), 0xD6D0}, {AnsiCode("中文"), 0xD6D0}, {AnsiCode("€"), 0x80},
       {AnsiCode("😀"), '?'}, {AnsiCode("\xFF"), '?'}, {AnsiCode(std::string(1, '\0')), 0},
       {AnsiCode("A", 65001), 65}, {AnsiCode("é", 65001), 0xC3A9}, {AnsiCode("中", 65001), 0xB8AD},
       {AnsiCode("😀", 65001), 0x9880}, {AnsiCode("\xE4\xB8", 65001), '?'},
   };
+  // clang-format on
   for (const auto& c : codes) EXPECT_EQ(c.got, c.want) << "case " << &c - codes;
   for (const char* ch : {"中", "文", "第", "，", "A", "€"}) EXPECT_EQ(CharFromAnsiCode(AnsiCode(ch)), ch);
   // Not one character: a lead byte alone, a user-defined pair, a lead byte and NUL, two characters; under

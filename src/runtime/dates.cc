@@ -166,8 +166,8 @@ double TimeSerial(int hour, int minute, int second) {
 }
 
 double DateTimeSerial(int year, int month, int day, int hour, int minute, int second) {
-  const int64_t seconds = SerialDay(year, month, day) * kSecondsPerDay + int64_t{hour} * 3600 +
-                          int64_t{minute} * 60 + second;
+  const int64_t seconds =
+      SerialDay(year, month, day) * kSecondsPerDay + int64_t{hour} * 3600 + int64_t{minute} * 60 + second;
   const int64_t d = FloorDiv(seconds, kSecondsPerDay);
   return Join(d, seconds - d * kSecondsPerDay);
 }
@@ -233,7 +233,8 @@ std::optional<double> ParseDateText(std::string_view text) {
       return std::nullopt;
     if (pos != text.size()) return std::nullopt;
   }
-  if (year < 100 || month < 1 || month > 12 || day < 1 || static_cast<unsigned>(day) > DaysInMonth(year, month))
+  if (year < 100 || month < 1 || month > 12 || day < 1 ||
+      static_cast<unsigned>(day) > DaysInMonth(year, month))
     return std::nullopt;
   if (hour > 23 || minute > 59 || second > 59) return std::nullopt;
   return DateTimeSerial(year, month, day, hour, minute, second);

@@ -65,8 +65,8 @@ std::string MapDrivePath(std::string_view path) {
   if (path.empty()) throw Error::PathNotFound();
   if (path.find('\0') != std::string_view::npos) throw Error::BadFileName();
   const char first = path[0];
-  const bool hasDrive =
-      path.size() >= 2 && path[1] == ':' && ((first >= 'a' && first <= 'z') || (first >= 'A' && first <= 'Z'));
+  const bool hasDrive = path.size() >= 2 && path[1] == ':' &&
+                        ((first >= 'a' && first <= 'z') || (first >= 'A' && first <= 'Z'));
   std::string_view rest = hasDrive ? path.substr(2) : path;
   if (rest.find(':') != std::string_view::npos) throw Error::BadFileName();
   if (hasDrive) {

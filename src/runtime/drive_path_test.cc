@@ -17,6 +17,7 @@ TEST(DrivePath, MapsLettersAndRelativePathsAndRefusesWhatLeavesTheirFolder) {
   const std::string d = "/srv/corvane/drives/d", cwd = std::filesystem::current_path().lexically_normal();
   // Only the letter changes case; a trailing separator stays, so that the path still names a folder.
   // Leaving the drive folder or the working folder is refused (76), as are rooted paths: they name no drive.
+  // clang-format off
   const struct { std::string path, mapped; } cases[] = {
       {"d:\\up\\a.txt", d + "/up/a.txt"}, {"D:\\up\\a.txt", d + "/up/a.txt"},
       {"c:/Up/B.TXT", "/srv/corvane/drives/c/Up/B.TXT"}, {"d:\\up/sub\\a.txt", d + "/up/sub/a.txt"},
@@ -29,14 +30,17 @@ TEST(DrivePath, MapsLettersAndRelativePathsAndRefusesWhatLeavesTheirFolder) {
       {"\\\\server\\share\\a", "#76"}, {"", "#76"}, {"1:\\a", "#52"}, {"d:\\a:b", "#52"},
       {std::string("d:\\a\0b", 6), "#52"},
   };
+  // clang-format on
   for (const auto& c : cases)
     EXPECT_EQ(testing::Outcome([&] { return MapDrivePath(c.path); }), c.mapped) << c.path;
   // The setting is read on every call and made absolute; unset or empty, it is ./drives. It is left
   // unset: nothing else in this program maps drive paths.
+  // clang-format off
   const struct { const char* root; std::string mapped; } roots[] = {
       {"/tmp/other//root/", "/tmp/other/root/e/f"}, {"rel/drives", cwd + "/rel/drives/e/f"},
       {"", cwd + "/drives/e/f"}, {nullptr, cwd + "/drives/e/f"},
   };
+  // clang-format on
   for (const auto& c : roots) {
     c.root ? setenv("CORVANE_DRIVE_ROOT", c.root, 1) : unsetenv("CORVANE_DRIVE_ROOT");
     EXPECT_EQ(MapDrivePath("e:\\f"), c.mapped);

@@ -22,8 +22,9 @@ Error Error::NoSuchMember(const std::string& name) {
 }
 Error Error::ArgumentNotOptional() { return Error(449, "Argument not optional"); }
 Error Error::ArgumentsOutOfRange() {
-  return Error(3001, "Arguments are of the wrong type, are out of acceptable range, or are in conflict with "
-                     "one another.");
+  return Error(3001,
+               "Arguments are of the wrong type, are out of acceptable range, or are in conflict with "
+               "one another.");
 }
 Error Error::NoCurrentRecord() {
   return Error(3021,
@@ -35,8 +36,9 @@ Error Error::ItemNotFound(const std::string& name) {
                name);
 }
 Error Error::RecordsetReadOnly() {
-  return Error(3251, "Current Recordset does not support updating. This may be a limitation of the provider, or "
-                     "of the selected locktype.");
+  return Error(3251,
+               "Current Recordset does not support updating. This may be a limitation of the provider, or "
+               "of the selected locktype.");
 }
 Error Error::ObjectClosed() { return Error(3704, "Operation is not allowed when the object is closed."); }
 Error Error::ObjectIsOpen() { return Error(3705, "Operation is not allowed when the object is open."); }
@@ -44,8 +46,9 @@ Error Error::ProviderNotFound() {
   return Error(3706, "Provider cannot be found. It may not be properly installed.");
 }
 Error Error::ConnectionUnusable() {
-  return Error(3709, "The connection cannot be used to perform this operation. It is either closed or invalid "
-                     "in this context.");
+  return Error(3709,
+               "The connection cannot be used to perform this operation. It is either closed or invalid "
+               "in this context.");
 }
 Error Error::Database(const std::string& message) { return Error(kDatabaseError, message); }
 

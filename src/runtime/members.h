@@ -47,7 +47,9 @@ inline const Variant& PropertyValue(const Args& args) {
   return args.back();
 }
 
-inline bool IsPropertyWrite(InvokeKind k) { return k == InvokeKind::PropertyPut || k == InvokeKind::PropertyPutRef; }
+inline bool IsPropertyWrite(InvokeKind k) {
+  return k == InvokeKind::PropertyPut || k == InvokeKind::PropertyPutRef;
+}
 
 namespace members {
 
@@ -110,8 +112,9 @@ MemberInfo Property(std::string_view name, int32_t dispid) {
 template <class T, class Get>
 MemberInfo Reader(std::string_view name, int32_t dispid, Get) {
   members::RequireCaptureless<Get>();
-  return {name, dispid, MemberInfo::kRead,
-          [](Dispatch& self, InvokeKind, Args&) -> Variant { return members::ResultOf(Get{}, static_cast<T&>(self)); }};
+  return {name, dispid, MemberInfo::kRead, [](Dispatch& self, InvokeKind, Args&) -> Variant {
+            return members::ResultOf(Get{}, static_cast<T&>(self));
+          }};
 }
 
 // A write-only property: set(T&, value).
@@ -143,8 +146,9 @@ MemberInfo ReadWrite(std::string_view name, int32_t dispid, Get, Set) {
 template <class T, class F>
 MemberInfo Custom(std::string_view name, int32_t dispid, int kinds, F) {
   members::RequireCaptureless<F>();
-  return {name, dispid, kinds,
-          [](Dispatch& self, InvokeKind kind, Args& args) -> Variant { return F{}(static_cast<T&>(self), kind, args); }};
+  return {name, dispid, kinds, [](Dispatch& self, InvokeKind kind, Args& args) -> Variant {
+            return F{}(static_cast<T&>(self), kind, args);
+          }};
 }
 
 // The class factory of a creatable class.

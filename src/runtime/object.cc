@@ -48,7 +48,9 @@ Variant Object::Call(std::string_view name, InvokeKind kind, Args& args) const {
 
 bool Object::Has(std::string_view name) const { return p_ && p_->Info().Member(name); }
 
-Variant Object::Invoke(std::string_view name, Args& args) const { return Call(name, InvokeKind::Method, args); }
+Variant Object::Invoke(std::string_view name, Args& args) const {
+  return Call(name, InvokeKind::Method, args);
+}
 
 Variant Object::Invoke(std::string_view name, Args&& args) const {
   Args local = std::move(args);
@@ -70,7 +72,9 @@ Variant Object::Get(std::string_view name) const {
   return Call(name, InvokeKind::PropertyGet, none);
 }
 
-Variant Object::Get(std::string_view name, Args& args) const { return Call(name, InvokeKind::PropertyGet, args); }
+Variant Object::Get(std::string_view name, Args& args) const {
+  return Call(name, InvokeKind::PropertyGet, args);
+}
 
 void Object::Put(std::string_view name, const Variant& value) const {
   Args args{value};

@@ -14,13 +14,17 @@ namespace corvane {
 struct Counter : Dispatch {
   int32_t total = 0;
   const ClassInfo& Info() const override {
-    static const ClassInfo info{.className = "Counter", .members = {
-        Method<Counter>("Bump", 1, [](Counter&, Args& a) { RefArg(a, 0) = RefArg(a, 0).ToLong() + 1; }),
-        Property<&Counter::total>("Total", 2),
-        Method<Counter>("Add", 3, [](Counter& c, Args& a) {  // Add(n[, times])
-          return c.total += Arg(a, 0).ToLong() * (OptionalArg(a, 1).IsMissing() ? 1 : Arg(a, 1).ToLong());
-        }),
-        Reader<Counter>("Twice", 4, [](Counter& c) { return 2 * c.total; })}};
+    static const ClassInfo info{
+        .className = "Counter",
+        .members = {
+            Method<Counter>("Bump", 1, [](Counter&, Args& a) { RefArg(a, 0) = RefArg(a, 0).ToLong() + 1; }),
+            Property<&Counter::total>("Total", 2),
+            Method<Counter>("Add", 3,
+                            [](Counter& c, Args& a) {  // Add(n[, times])
+                              return c.total += Arg(a, 0).ToLong() *
+                                                (OptionalArg(a, 1).IsMissing() ? 1 : Arg(a, 1).ToLong());
+                            }),
+            Reader<Counter>("Twice", 4, [](Counter& c) { return 2 * c.total; })}};
     return info;
   }
 };
@@ -33,6 +37,7 @@ TEST(LateBinding, CallsByNameOrIdWithTheirArgumentsAndTheErrorsOfCallsThatFindNo
   // 6); an optional argument left out and given; a read-only property. Then calls that find nothing: an
   // unknown name, an unknown id, a write to a method or a read-only property (438); a call on Nothing
   // (91); a by-reference argument left out or Missing, a property write without a value (449).
+  // clang-format off
   const struct { std::function<Variant()> call; const char* want; } cases[] = {
       {[&] { o.Invoke("bump", args); return args[0]; }, "3:42"},
       {[&] { o.Invoke(1, args); return args[0]; }, "3:43"},
@@ -45,6 +50,7 @@ TEST(LateBinding, CallsByNameOrIdWithTheirArgumentsAndTheErrorsOfCallsThatFindNo
       {[&] { return o.Invoke("Bump", {Variant::Missing()}); }, "#449"},
       {[&] { return o.Invoke(2, none, InvokeKind::PropertyPut); }, "#449"},
   };
+  // clang-format on
   for (const auto& c : cases)
     EXPECT_EQ(testing::Outcome([&] { return DebugString(c.call()); }), c.want) << "case " << &c - cases;
 }

@@ -19,6 +19,7 @@ TEST(Text, LengthsAndPositionsCountUtf16Units) {
   // AF), an encoded surrogate (ED A0 80). A run of ASCII is counted eight bytes at a time, around "é"
   // too. InStr finds whole characters only: "中" is E4 B8 AD, so neither B8 AD nor E4 B8 occurs in it; a
   // start on the low half of a pair still finds what follows; InStrText ignores the case of ASCII letters.
+  // clang-format off
   const struct { int32_t got, want; } cases[] = {
       {Len(""), 0}, {Len("abc"), 3}, {Len("中文测试"), 4}, {Len(kPair), 4}, {Len("\xE4\xB8"), 2},
       {Len("\xC0\xAF"), 2}, {Len("\xED\xA0\x80"), 3}, {Len("\xE0\x80\xAF"), 3},
@@ -31,6 +32,7 @@ TEST(Text, LengthsAndPositionsCountUtf16Units) {
       {InStrText("Select A FROM t", "from"), 10}, {InStrText("ABCabc", "c"), 3},
       {InStrText(4, "ABCabc", "C"), 6}, {InStrText("中文From", "FROM"), 3},
   };
+  // clang-format on
   for (const auto& c : cases) EXPECT_EQ(c.got, c.want) << "case " << &c - cases;
   using testing::ErrorNumber;
   for (int n : {ErrorNumber([] { Mid("abc", 0); }), ErrorNumber([] { Mid("abc", 1, -2); }),
@@ -43,6 +45,7 @@ TEST(Text, SlicesTrimCaseReplaceSplitJoinAndUtf16) {
   // Mid, Left and Right keep a stray byte as it is and give U+FFFD for the half of a pair they cut.
   // Trim strips blanks only (not the ideographic space); the case functions change ASCII letters only.
   // Replace does not overlap, nor search its replacement again.
+  // clang-format off
   const struct { std::string got, want; } cases[] = {
       {Mid("中文测试", 2, 2), "文测"}, {Mid("中文测试", 3), "测试"}, {Mid("中文测试", 5), ""}, {Mid("abc", 1, 0), ""},
       {Mid("abc", 2, 100), "bc"}, {Mid("x" + kSmile + "y", 2, 2), kSmile}, {Mid("a\xFF" "b", 2, 1), "\xFF"},
@@ -58,13 +61,16 @@ TEST(Text, SlicesTrimCaseReplaceSplitJoinAndUtf16) {
       {Replace("一||二||", "||", "<br>"), "一<br>二<br>"}, {Replace("中\xB8", "\xB8", "!"), "中!"},
       {Join({"a", "", "b"}, ", "), "a, , b"}, {Join({}, ","), ""},
   };
+  // clang-format on
   for (const auto& c : cases) EXPECT_EQ(c.got, c.want) << "case " << &c - cases;
   using V = std::vector<std::string>;
+  // clang-format off
   const struct { V got, want; } splits[] = {
       {Split("", ","), {}}, {Split("a", ","), {"a"}}, {Split("a,,b,", ","), {"a", "", "b", ""}},
       {Split(",", ","), {"", ""}}, {Split("a b", ""), {"a b"}}, {Split("日,一,二", ","), {"日", "一", "二"}},
       {Split("a; name=b; name=", "; name="), {"a", "b", ""}}, {Split("中\xB8" "a", "\xB8"), {"中", "a"}},
   };
+  // clang-format on
   for (const auto& c : splits) EXPECT_EQ(c.got, c.want) << "case " << &c - splits;
   EXPECT_TRUE(EqualsNoCase("strOrder", "STRORDER") && EqualsNoCase("", ""));
   EXPECT_FALSE(EqualsNoCase("abc", "abd") || EqualsNoCase("abc", "ab") || EqualsNoCase("@", "`"));

@@ -35,18 +35,17 @@ T RoundToInt(double d) {
 }  // namespace
 
 std::optional<double> Variant::NumberOf() const {
-  return std::visit(
-      Overloaded{
-          [](const EmptyTag&) -> std::optional<double> { return 0.0; },
-          [](bool b) -> std::optional<double> { return b ? -1.0 : 0.0; },
-          [](int16_t i) -> std::optional<double> { return i; },
-          [](int32_t i) -> std::optional<double> { return i; },
-          [](float f) -> std::optional<double> { return f; },
-          [](double d) -> std::optional<double> { return d; },
-          [](const DateTag& d) -> std::optional<double> { return d.serial; },
-          [](const auto&) -> std::optional<double> { return std::nullopt; },
-      },
-      v_);
+  return std::visit(Overloaded{
+                        [](const EmptyTag&) -> std::optional<double> { return 0.0; },
+                        [](bool b) -> std::optional<double> { return b ? -1.0 : 0.0; },
+                        [](int16_t i) -> std::optional<double> { return i; },
+                        [](int32_t i) -> std::optional<double> { return i; },
+                        [](float f) -> std::optional<double> { return f; },
+                        [](double d) -> std::optional<double> { return d; },
+                        [](const DateTag& d) -> std::optional<double> { return d.serial; },
+                        [](const auto&) -> std::optional<double> { return std::nullopt; },
+                    },
+                    v_);
 }
 
 Variant Variant::Date(int year, int month, int day, int hour, int minute, int second) {
@@ -54,8 +53,8 @@ Variant Variant::Date(int year, int month, int day, int hour, int minute, int se
 }
 
 VarType Variant::Type() const {
-  static constexpr VarType kTypes[] = {vtEmpty,  vtNull, vtError,  vtBoolean, vtInteger, vtLong,
-                                       vtSingle, vtDouble, vtDate, vtString,  vtByteArray, vtObject};
+  static constexpr VarType kTypes[] = {vtEmpty,  vtNull,   vtError, vtBoolean, vtInteger,   vtLong,
+                                       vtSingle, vtDouble, vtDate,  vtString,  vtByteArray, vtObject};
   static_assert(std::size(kTypes) == std::variant_size_v<Storage>);
   return kTypes[v_.index()];
 }
@@ -67,22 +66,21 @@ bool Variant::IsNumber() const {
 }
 
 std::string Variant::ToString() const {
-  return std::visit(
-      Overloaded{
-          [](const EmptyTag&) -> std::string { return ""; },
-          [](const NullTag&) -> std::string { throw Error::InvalidUseOfNull(); },
-          [](const MissingTag&) -> std::string { throw Error::TypeMismatch(); },
-          [](bool b) -> std::string { return b ? "True" : "False"; },
-          [](int16_t i) { return std::to_string(i); },
-          [](int32_t i) { return std::to_string(i); },
-          [](float f) { return FormatNumber(f, 7); },
-          [](double d) { return FormatNumber(d, 15); },
-          [](const DateTag& d) { return DateText(d.serial); },
-          [](const std::string& s) { return s; },
-          [](const ByteArray&) -> std::string { throw Error::TypeMismatch(); },
-          [](const Object&) -> std::string { throw Error::TypeMismatch(); },
-      },
-      v_);
+  return std::visit(Overloaded{
+                        [](const EmptyTag&) -> std::string { return ""; },
+                        [](const NullTag&) -> std::string { throw Error::InvalidUseOfNull(); },
+                        [](const MissingTag&) -> std::string { throw Error::TypeMismatch(); },
+                        [](bool b) -> std::string { return b ? "True" : "False"; },
+                        [](int16_t i) { return std::to_string(i); },
+                        [](int32_t i) { return std::to_string(i); },
+                        [](float f) { return FormatNumber(f, 7); },
+                        [](double d) { return FormatNumber(d, 15); },
+                        [](const DateTag& d) { return DateText(d.serial); },
+                        [](const std::string& s) { return s; },
+                        [](const ByteArray&) -> std::string { throw Error::TypeMismatch(); },
+                        [](const Object&) -> std::string { throw Error::TypeMismatch(); },
+                    },
+                    v_);
 }
 
 std::string Variant::Text() const {

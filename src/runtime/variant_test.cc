@@ -23,6 +23,7 @@ const Variant empty, null = Variant::Null();
 TEST(Variant, KindsWithTheirCodeTextAndNumberForms) {
   // text: CStr, or "#n" for the error it raises; number: CDbl, unless it raises `error`. A Single keeps 7
   // significant digits, a Double 15, with no trailing zeros.
+  // clang-format off
   const struct { Variant v; int type; const char* text; double number; int error = 0; } cases[] = {
       {empty, 0, "", 0}, {null, 1, "#94", 0, 94}, {int16_t{-5}, 2, "-5", -5}, {3.0, 5, "3", 3},
       {42, 3, "42", 42}, {int64_t{5}, 3, "5", 5}, {int64_t{1} << 40, 5, "1099511627776", 0x1p40},
@@ -35,6 +36,7 @@ TEST(Variant, KindsWithTheirCodeTextAndNumberForms) {
       {1e14, 5, "100000000000000", 1e14}, {1e15, 5, "1E+15", 1e15},
       {2e17 / 3, 5, "6.66666666666667E+16", 2e17 / 3}, {1.0f / 3, 4, "0.3333333", 1.0f / 3},
   };
+  // clang-format on
   for (const auto& c : cases) {
     EXPECT_EQ(c.v.Type(), c.type) << c.text;
     EXPECT_EQ(Outcome([&] { return c.v.ToString(); }), c.text);
@@ -43,18 +45,21 @@ TEST(Variant, KindsWithTheirCodeTextAndNumberForms) {
   EXPECT_EQ(Concat({"a", null, empty, 1, true}), "a1True");  // Null and Empty join as ""
   // The number text that CDbl reads.
   const std::optional<double> no;
+  // clang-format off
   const struct { const char* text; std::optional<double> value; } parsed[] = {
       {"1.5E+3", 1500}, {" 7 ", 7}, {"\t-2.5\t", -2.5}, {"+.5", 0.5}, {"&H1F", 31}, {"&hFFFF", -1},
       {"&H10000", 65536}, {"&HFFFFFFFF", -1}, {"&O17", 15}, {"", no}, {" ", no}, {".", no}, {"-", no},
       {"1e", no}, {"1e+", no}, {"1 2", no}, {"1.2.3", no}, {"0x1F", no}, {"inf", no}, {"nan", no}, {"&H", no},
       {"&H100000000", no},
   };
+  // clang-format on
   for (const auto& c : parsed) EXPECT_EQ(ParseNumberText(c.text), c.value) << c.text;
 }
 
 TEST(Variant, ConversionsRoundHalfToEvenAndRaiseOverflowMismatchAndNull) {
   auto cint = [](const Variant& v) { return Outcome([&] { return std::to_string(v.ToInteger()); }); };
   auto clng = [](const Variant& v) { return Outcome([&] { return std::to_string(v.ToLong()); }); };
+  // clang-format off
   const struct { Variant in; const char* cintClng; } integers[] = {
       {0.5, "0 0"}, {1.5, "2 2"}, {2.5, "2 2"}, {-0.5, "0 0"}, {-1.5, "-2 -2"}, {"3.5", "4 4"},
       {true, "-1 -1"}, {empty, "0 0"}, {"&HFFFF", "-1 -1"}, {"-32768", "-32768 -32768"},
@@ -63,14 +68,17 @@ TEST(Variant, ConversionsRoundHalfToEvenAndRaiseOverflowMismatchAndNull) {
       {3e10, "#6 #6"}, {std::nan(""), "#6 #6"}, {"abc", "#13 #13"}, {"", "#13 #13"}, {Object(), "#13 #13"},
       {null, "#94 #94"},
   };
+  // clang-format on
   for (const auto& c : integers) EXPECT_EQ(cint(c.in) + " " + clng(c.in), c.cintClng) << DebugString(c.in);
   auto cbool = [](const Variant& v) { return Outcome([&] { return v.ToBool() ? "True" : "False"; }); };
   auto cdate = [](const Variant& v) { return Outcome([&] { return DateText(v.ToDate()); }); };
+  // clang-format off
   const struct { Variant in; const char* cboolCdate; } others[] = {
       {"True", "True #13"}, {" false ", "False #13"}, {"-2", "True #13"}, {"yes", "#13 #13"},
       {0.0, "False 1899-12-30"}, {45000, "True 2023-03-15"}, {"2026-02-28", "#13 2026-02-28"},
       {null, "#94 #94"}, {Object(), "#13 #13"},
   };
+  // clang-format on
   for (const auto& c : others) EXPECT_EQ(cbool(c.in) + " " + cdate(c.in), c.cboolCdate) << DebugString(c.in);
   EXPECT_EQ(ErrorNumber([] { Variant(1e39).ToSingle(); }), 6);
   EXPECT_EQ(Variant::FromBytes({7, 8}).ToBytes(), (Bytes{7, 8}));
@@ -81,6 +89,7 @@ TEST(Variant, ConversionsRoundHalfToEvenAndRaiseOverflowMismatchAndNull) {
 TEST(Variant, CompareAndEqualsLiteral) {
   // Two numbers compare as numbers (True is -1), two texts as bytes; a number is less than any text;
   // Empty is 0 beside a number and "" beside a text; Null leaves the order unknown and equals nothing.
+  // clang-format off
   const struct { Variant a, b; std::optional<int> order; } cases[] = {
       {3, int16_t{3}, 0}, {3, 3.0, 0}, {2, 2.5, -1}, {true, 0, -1}, {"a", "a", 0}, {"a", "A", 1},
       {"a", "ab", -1}, {"中", "z", 1}, {3, "3", -1}, {99, "1", -1}, {"1", 99, 1}, {empty, "", 0},
@@ -88,10 +97,12 @@ TEST(Variant, CompareAndEqualsLiteral) {
       {Variant::Date(2026, 1, 1), 46024.0, -1}, {1, null, {}}, {null, null, {}}, {null, empty, {}},
       {null, "", {}},
   };
+  // clang-format on
   for (const auto& c : cases)
     EXPECT_EQ(std::pair(Compare(c.a, c.b), Equals(c.a, c.b)), std::pair(c.order, c.order == 0)) << &c - cases;
   EXPECT_EQ(ErrorNumber([] { Compare(Object(), 1); }), 13);
   // Against a literal written in the code: a number compares numerically, a text as text.
+  // clang-format off
   const struct { Variant v; std::variant<double, const char*> literal; const char* equal; } literals[] = {
       {"1", 1.0, "yes"}, {" 1 ", 1.0, "yes"}, {"1.0", 1.0, "yes"}, {"2", 1.0, "no"}, {1, 1.0, "yes"},
       {int16_t{1}, 1.0, "yes"}, {true, -1.0, "yes"}, {empty, 0.0, "yes"}, {empty, 1.0, "no"},
@@ -100,6 +111,7 @@ TEST(Variant, CompareAndEqualsLiteral) {
       {empty, "", "yes"}, {null, "", "no"}, {Object(), "x", "#13"},
       {Variant::Date(2026, 11, 2), "2026-11-02", "yes"},
   };
+  // clang-format on
   for (const auto& c : literals) {
     auto equal = [&](auto literal) { return EqualsLiteral(c.v, literal) ? "yes" : "no"; };
     EXPECT_EQ(Outcome([&] { return std::visit(equal, c.literal); }), c.equal) << DebugString(c.v);

@@ -51,8 +51,8 @@ Variant scheduler::GetPersonDay2(Variant& dt, Variant& personID) {
   int item = 1;
   while (!rs->Eof()) {
     cls = scheduling::LocationClass(rs->Field("Type1ID"));
-    text += std::to_string(item) + "." + Trim(rs->Field("Type1").Text()) + ":" +
-            Trim(rs->Field("Type2").Text());
+    text +=
+        std::to_string(item) + "." + Trim(rs->Field("Type1").Text()) + ":" + Trim(rs->Field("Type2").Text());
     ++item;
     rs->MoveNext();
   }

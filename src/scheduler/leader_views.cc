@@ -38,8 +38,8 @@ Variant scheduler::DispLeaderWeekHeader(const Variant& dtDate) {
                     "<tr class='schh'>" + "<th height='23' nowrap>姓名</th>";
   Variant day = GetPrevMonday(dtDate);
   for (int i = 0; i < 7; ++i) {
-    out += "<th height='23' nowrap>星期" + scheduling::WeekdayName(AsDate(day)) + "<br>" + day.Text() +
-           "</th>";
+    out +=
+        "<th height='23' nowrap>星期" + scheduling::WeekdayName(AsDate(day)) + "<br>" + day.Text() + "</th>";
     day = scheduling::DateVariant(AddDays(AsDate(day), 1));
   }
   out += "</tr>" + kCrLf;
@@ -51,8 +51,7 @@ Variant scheduler::DispLeaderMonthHeader(const Variant& dtDate) {
   std::string out = "<table cellspadding=0 cellspacing=1 width=100% >" + kCrLf +
                     "<tr class='schh'><th nowrap>姓&nbsp;&nbsp;名</th>";
   for (double d = DateSerial(Year(date), Month(date), 1); Month(d) == Month(date); d = AddDays(d, 1))
-    out += "<th height='23' nowrap>" + std::to_string(Day(d)) + "<br>" + scheduling::WeekdayName(d) +
-           "</th>";
+    out += "<th height='23' nowrap>" + std::to_string(Day(d)) + "<br>" + scheduling::WeekdayName(d) + "</th>";
   out += "</tr>" + kCrLf;
   return Variant(out);
 }
@@ -105,8 +104,8 @@ Variant scheduler::GetMenu(Variant& strCond) {
   std::string out;
   while (!rs->Eof()) {
     out += "outlookbar.additem('" + rs->Field(kPersonName).Text() +
-           "',t,'../scheduler/personMonth.asp?personID=" + rs->Field(kPersonID).Text() + "&rnd=" +
-           SessionValue("rnd").Text() + "');" + kCrLf;
+           "',t,'../scheduler/personMonth.asp?personID=" + rs->Field(kPersonID).Text() +
+           "&rnd=" + SessionValue("rnd").Text() + "');" + kCrLf;
     rs->MoveNext();
   }
   rs->Close();

@@ -17,7 +17,10 @@ TEST_F(SchedulerTest, LeaderViewsAndStaffMenu) {
   EXPECT_EQ(s.Invoke("DispLeaderWeekContent", {wednesday, none}).Text(), "");
   EXPECT_EQ(s.Invoke("DispLeaderMonth", {wednesday, none}), s.Invoke("DispLeaderMonthHeader", {wednesday}));
   EXPECT_EQ(s.Invoke("DispLeaderWeek", {wednesday, none}), s.Invoke("DispLeaderWeekHeader", {wednesday}));
-  EXPECT_EQ(ErrorNumber([&] { s.Invoke("DispLeaderMonthContent", {wednesday, empty}); }), Error::kDatabaseError);
+  EXPECT_EQ(ErrorNumber([&] {
+              s.Invoke("DispLeaderMonthContent", {wednesday, empty});
+            }),
+            Error::kDatabaseError);
   EXPECT_EQ(ErrorNumber([&] { s.Invoke("GetMenu", {empty}); }), Error::kDatabaseError);
   session.Set("systemID", Variant());
   EXPECT_EQ(ErrorNumber([&] { s.Invoke("DispLeaderWeek", {wednesday, cond}); }), Error::kDatabaseError);

@@ -15,8 +15,8 @@ Variant scheduler::DispMonth(Variant& dtDate, Variant& pID) {
 }
 
 Variant scheduler::DispMonthHeader() {
-  std::string out = "<table cellspadding=0 cellspacing=1 width=100% height=85%>" + kCrLf +
-                    "<tr class='schh'>";
+  std::string out =
+      "<table cellspadding=0 cellspacing=1 width=100% height=85%>" + kCrLf + "<tr class='schh'>";
   for (const char* name : {"星期一", "星期二", "星期三", "星期四", "星期五", "星期六", "星期日"})
     out += std::string("<th height='23' nowrap>") + name + "</th>";
   out += "</tr>" + kCrLf;

@@ -40,8 +40,8 @@ std::string PeriodSelect(const std::string& url, const Variant& pID, const Varia
                          const std::array<Arrow, 4>& arrows, const std::string& label) {
   auto link = [&](const Arrow& a) {
     double target = a.months ? AddMonths(date, a.months) : AddDays(date, a.days);
-    return "<a href='" + url + "?personID=" + pID.Text() + "&dt=" + DateText(target) +
-           "&t=" + TimerText() + "&rnd=" + rnd.Text() + std::string(a.closing);
+    return "<a href='" + url + "?personID=" + pID.Text() + "&dt=" + DateText(target) + "&t=" + TimerText() +
+           "&rnd=" + rnd.Text() + std::string(a.closing);
   };
   return link(arrows[0]) + link(arrows[1]) + label + link(arrows[2]) + link(arrows[3]);
 }
@@ -113,8 +113,8 @@ Variant scheduler::DispSwitch(Variant& dtDate, Variant& pID, Variant& strWhich) 
   if (!tabs) return Variant(std::string());
 
   const std::string crlf(kCrLf);
-  std::string link = std::string(tabs->linkStart) + pID.Text() + "&dt=" + dtDate.Text() + "&t=" +
-                     TimerText() + "& rnd=" + SessionValue("rnd").Text() +
+  std::string link = std::string(tabs->linkStart) + pID.Text() + "&dt=" + dtDate.Text() +
+                     "&t=" + TimerText() + "& rnd=" + SessionValue("rnd").Text() +
                      (tabs->monthActive ? "'> &nbsp;周计划</a></th>" : "'>&nbsp;月计划</a></th>");
   std::string out = "<table width='100%' border='0' cellpadding='0' cellspacing='0'>" + crlf;
   if (tabs->monthActive) {
@@ -134,8 +134,8 @@ Variant scheduler::DispScript(Variant& pID) {
   const std::string crlf(kCrLf);
   std::string out = "<script language='javascript'>" + crlf + " function manage(dt){" + crlf;
   if (scheduling::WholeNumbersEqual(pID, SessionValue("personID")))
-    out += "     location.href='manage.asp?personID=" + pID.Text() + "&dt='+dt+'&rnd=" +
-           SessionValue("rnd").Text() + "';";
+    out += "     location.href='manage.asp?personID=" + pID.Text() +
+           "&dt='+dt+'&rnd=" + SessionValue("rnd").Text() + "';";
   out += "}" + crlf + "</script>" + crlf;
   return Variant(out);
 }

@@ -35,8 +35,7 @@ Variant scheduler::DispPersonMonth(Variant& dtDate, Variant& pID) {
   std::string out;
   for (double d = month.first; d <= month.last; d = AddDays(d, 1)) {
     int day = Day(d);
-    out += "<td title='" + slots.PlanText(day, kCrLf) + "' class='" + slots.CellClass(day) +
-           "' >&nbsp;</td>";
+    out += "<td title='" + slots.PlanText(day, kCrLf) + "' class='" + slots.CellClass(day) + "' >&nbsp;</td>";
   }
   return Variant(out);
 }

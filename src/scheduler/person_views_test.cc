@@ -23,15 +23,21 @@ TEST_F(SchedulerTest, WeekListMonthGridAndName) {
 // four rows. A person's month row and the leader header have a cell for each day of the month.
 TEST_F(SchedulerTest, MonthShapes) {
   const Object& s = Open();
-  struct Shape { Variant date; long days, rows, grey; } shapes[] = {
-      {Variant("2027-02-14"), 28, 4, 0}, {Variant("2024-02-29"), 29, 5, 6}, {Variant("2026-01-20"), 31, 5, 4},
-      {Variant("2026-12-31"), 31, 5, 4}, {Variant::Date(2026, 3, 1), 31, 6, 11}};
+  struct Shape {
+    Variant date;
+    long days, rows, grey;
+  } shapes[] = {{Variant("2027-02-14"), 28, 4, 0},
+                {Variant("2024-02-29"), 29, 5, 6},
+                {Variant("2026-01-20"), 31, 5, 4},
+                {Variant("2026-12-31"), 31, 5, 4},
+                {Variant::Date(2026, 3, 1), 31, 6, 11}};
   for (const Shape& m : shapes) {
     std::string grid = s.Invoke("DispMonthContent", {m.date, Variant(1)}).Text();
     EXPECT_EQ(std::tuple(Count(grid, " <tr height=40>"), Count(grid, "'sch0'"), Count(grid, "onclick"),
                          Count(s.Invoke("DispPersonMonth", {m.date, Variant(1)}).Text(), "<td "),
                          Count(s.Invoke("DispLeaderMonthHeader", {m.date}).Text(), "<th ")),
-              std::tuple(m.rows, m.grey, m.days, m.days, m.days + 1)) << DebugString(m.date);
+              std::tuple(m.rows, m.grey, m.days, m.days, m.days + 1))
+        << DebugString(m.date);
   }
 }
 
@@ -42,15 +48,22 @@ TEST_F(SchedulerTest, PeriodSelectsAndTabStrips) {
   const Object& s = Open("/cal/p.asp");
   s.Put("strURL", Variant("other.asp"));
   Variant id(5);
-  EXPECT_EQ(s.Invoke("DispMonthSelect", {Variant::Date(2024, 1, 31), id}).Text(), Expected("month_select.html"));
+  EXPECT_EQ(s.Invoke("DispMonthSelect", {Variant::Date(2024, 1, 31), id}).Text(),
+            Expected("month_select.html"));
   Variant monday = Variant::Date(2026, 11, 30, 9, 15);
   EXPECT_EQ(s.Invoke("DispWeekSelect", {monday, id}).Text(), Expected("week_select.html"));
-  const std::pair<Variant, const char*> cases[] = {
-      {Variant("m"), "switch_m.html"}, {Variant("lm"), "switch_lm.html"}, {Variant("lm2"), "switch_lm2.html"},
-      {Variant("w"), "switch_w.html"}, {Variant("lw"), "switch_lw.html"}, {Variant("lw2"), "switch_lw2.html"},
-      {Variant("M"), nullptr},         {Variant(""), nullptr},            {Variant("w "), nullptr}};
+  const std::pair<Variant, const char*> cases[] = {{Variant("m"), "switch_m.html"},
+                                                   {Variant("lm"), "switch_lm.html"},
+                                                   {Variant("lm2"), "switch_lm2.html"},
+                                                   {Variant("w"), "switch_w.html"},
+                                                   {Variant("lw"), "switch_lw.html"},
+                                                   {Variant("lw2"), "switch_lw2.html"},
+                                                   {Variant("M"), nullptr},
+                                                   {Variant(""), nullptr},
+                                                   {Variant("w "), nullptr}};
   for (auto [which, golden] : cases)
-    EXPECT_EQ(s.Invoke("DispSwitch", {Variant("2026-11-04"), id, which}).Text(), golden ? Expected(golden) : "")
+    EXPECT_EQ(s.Invoke("DispSwitch", {Variant("2026-11-04"), id, which}).Text(),
+              golden ? Expected(golden) : "")
         << DebugString(which);
 }
 
@@ -62,7 +75,8 @@ TEST_F(SchedulerTest, ScriptAndStyleSheet) {
   const std::string own = head + "     location.href='manage.asp?personID=1&dt='+dt+'&rnd=77';" + tail;
   const std::pair<Variant, std::string> cases[] = {
       {Variant(1), own}, {Variant("1"), own}, {Variant(2), head + tail}, {Variant::Null(), head + tail}};
-  for (auto [id, expected] : cases) EXPECT_EQ(s.Invoke("DispScript", {id}).Text(), expected) << DebugString(id);
+  for (auto [id, expected] : cases)
+    EXPECT_EQ(s.Invoke("DispScript", {id}).Text(), expected) << DebugString(id);
   EXPECT_EQ(ErrorNumber([&] { s.Invoke("DispScript", {Variant("me")}); }), 13);
 
   // Type 1 or none (Empty counts as empty text) writes the sheet, any other value empty text; text

@@ -11,9 +11,8 @@ namespace corvane {
 // last day. The range views show public plans only, to the owner as well.
 void scheduler::ReadPlans(const Variant& pID, const Variant& S, const Variant& E,
                           scheduling::DaySlots& slots) {
-  std::string sql = std::string(scheduling::kPlanQueryHead) + pID.Text() + " and planEndTime>='" +
-                    S.Text() + "' and planStartTime<='" + E.Text() + "' " +
-                    " and planFlagID=1 order by planStartTime";
+  std::string sql = std::string(scheduling::kPlanQueryHead) + pID.Text() + " and planEndTime>='" + S.Text() +
+                    "' and planStartTime<='" + E.Text() + "' " + " and planFlagID=1 order by planStartTime";
   WriteTrace(sql);
 
   auto rs = OpenRecordset(sql);

@@ -39,20 +39,24 @@ class SchedulerTest : public ::testing::Test {
         "create table planAddrType(planAddrTypeID int primary key, planAddrTypeName text)",
         "create table planAddr(planAddrID int primary key, planAddrName text)",
         "create table personPlan(planID integer primary key, planStartTime datetime, planEndTime datetime,"
-        " planAddrTypeID, planAddrID, planAddrDetail, planTypeID, planContent, planAddition, planFlagID, personID)",
+        " planAddrTypeID, planAddrID, planAddrDetail, planTypeID, planContent, planAddition, planFlagID, "
+        "personID)",
         "create table personDuty(dutyID int primary key, dutyName text)",
         "create table person(personID int primary key, personName text, dutyID int, systemID int)",
         "insert into planAddrType values (1,'本部'),(2,'北京'),(3,'外地'),(4,'  国外 '),(5,'其他')",
         "insert into planAddr values (1,'总部'),(2,'海淀'),(3,'上海'),(4,'东京')",
         "insert into personDuty values (1,'经理'),(2,'职员')",
         "insert into person values (2,'李四',2,1),(1,'张三',1,1),(3,'王五',2,2),(4,'赵六',2,1)",
-        "insert into personPlan(planStartTime,planEndTime,planAddrTypeID,planAddrID,planFlagID,personID) values"
+        "insert into personPlan(planStartTime,planEndTime,planAddrTypeID,planAddrID,planFlagID,personID) "
+        "values"
         " ('2026-10-30','2026-11-02',3,3,1,1), ('2026-11-01','2026-11-04',4,4,1,1),"
         " ('2026-11-02','2026-11-05',3,1,2,1), ('2026-11-03 09:00:00','2026-11-04 18:00:00',2,2,1,1),"
-        " ('2026-11-04','2026-11-04 12:00:00',5,1,0,1), ('2026-11-05 08:00:00','2026-11-06 07:00:00',1,2,1,1),"
+        " ('2026-11-04','2026-11-04 12:00:00',5,1,0,1), ('2026-11-05 08:00:00','2026-11-06 "
+        "07:00:00',1,2,1,1),"
         " ('2026-11-04','2026-11-06',2,3,1,2), ('2026-11-02','2026-11-02',4,4,0,2)",
     });
-    for (auto [key, value] : {std::pair{"personID", Variant(1)}, {"systemID", Variant(1)}, {"rnd", Variant("77")}})
+    for (auto [key, value] :
+         {std::pair{"personID", Variant(1)}, {"systemID", Variant(1)}, {"rnd", Variant("77")}})
       session.Set(key, value);
     SetClock([] {
       std::tm t{.tm_sec = 15, .tm_min = 30, .tm_hour = 8, .tm_mday = 2, .tm_year = 126, .tm_isdst = -1};
@@ -64,7 +68,8 @@ class SchedulerTest : public ::testing::Test {
   // Opens a page at `url`, creates the scheduler on it and connects it. The tests call it late-bound,
   // as the pages do, so that its member table is under test with every call.
   const Object& Open(std::string url = "/scheduler/personMonth.asp") {
-    page = std::make_unique<host::Page>(host::PageRequest{.url = url}, session, corvane::testing::LibraryHost());
+    page =
+        std::make_unique<host::Page>(host::PageRequest{.url = url}, session, corvane::testing::LibraryHost());
     obj = page->Server().CreateObject("corvane.scheduler");
     obj.Invoke("Init", {Variant(db.connectionString)});
     return obj;

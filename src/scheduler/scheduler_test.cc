@@ -15,7 +15,8 @@ TEST_F(SchedulerTest, PageEndStoresTheUrlClosesAndAnswersTheDebugTraceError) {
   s.Invoke("DispPersonWeek", {Variant::Date(2026, 11, 4), Variant(1)});
   s.Invoke("GetMenu", {cond});
   std::string errors;
-  for (const host::EndPageError& e : page->End()) errors += e.className + " " + std::to_string(e.error.Number()) + ";";
+  for (const host::EndPageError& e : page->End())
+    errors += e.className + " " + std::to_string(e.error.Number()) + ";";
   EXPECT_EQ(errors, "scheduler 91;");
   EXPECT_EQ(session.Get("strURL").ToString(), "/a.asp");
   EXPECT_EQ(page->Output(), Expected("debug_page.html"));  // the open's trace, the queries; no close
@@ -33,10 +34,13 @@ TEST_F(SchedulerTest, PageEndStoresTheUrlClosesAndAnswersTheDebugTraceError) {
 // The dispatch ids follow the class module's order: the property strURL, then the methods.
 TEST_F(SchedulerTest, LateBoundMembers) {
   const std::vector<std::string> names = Split(
-      "strURL,OnStartPage,OnEndPage,DebugMode,Init,openDB,GetFirstMonday,CountWeek,GetPrevMonday,GetPersonDay,"
+      "strURL,OnStartPage,OnEndPage,DebugMode,Init,openDB,GetFirstMonday,CountWeek,GetPrevMonday,"
+      "GetPersonDay,"
       "GetPersonDay2,DispWeek,DispMonth,DispMonthHeader,DispMonthContent,DispPersonWeek,DispPersonMonth,"
-      "DispMonthSelect,DispWeekSelect,DispSwitch,DispScript,GetName,SetDispStyle,DispLeaderWeek,DispLeaderMonth,"
-      "DispLeaderWeekHeader,DispLeaderMonthHeader,DispLeaderWeekContent,DispLeaderMonthContent,GetMenu", ",");
+      "DispMonthSelect,DispWeekSelect,DispSwitch,DispScript,GetName,SetDispStyle,DispLeaderWeek,"
+      "DispLeaderMonth,"
+      "DispLeaderWeekHeader,DispLeaderMonthHeader,DispLeaderWeekContent,DispLeaderMonthContent,GetMenu",
+      ",");
   const ClassInfo& info = SchedulerClass();
   ASSERT_EQ(info.members.size(), names.size());
   for (int i = 0; i < int(names.size()); ++i)

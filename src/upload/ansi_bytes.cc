@@ -78,7 +78,8 @@ class DoubleByteTable {
         return;
       }
       packed = static_cast<uint32_t>(ch.size()) << 24;
-      for (size_t k = 0; k < ch.size(); ++k) packed |= static_cast<uint32_t>(static_cast<unsigned char>(ch[k])) << (8 * k);
+      for (size_t k = 0; k < ch.size(); ++k)
+        packed |= static_cast<uint32_t>(static_cast<unsigned char>(ch[k])) << (8 * k);
       slot.store(packed, std::memory_order_relaxed);
     }
     for (uint32_t k = 0, n = packed >> 24; k < n; ++k) out += static_cast<char>((packed >> (8 * k)) & 0xFF);

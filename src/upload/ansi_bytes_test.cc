@@ -12,6 +12,7 @@ namespace corvane::upload {
 namespace {
 
 TEST(AnsiBytes, GbkCharactersAreLeadAndTrailUtf8OnesTheirSequence) {
+  // clang-format off
   const std::tuple<const char*, int, std::string> cases[] = {
       {"x姓名y", kCodePageGbk, "x\xD0\xD5\xC3\xFBy"},
       // The euro sign is the single byte 0x80 in the code page, so the character's own UTF-16
@@ -23,9 +24,11 @@ TEST(AnsiBytes, GbkCharactersAreLeadAndTrailUtf8OnesTheirSequence) {
       // Under UTF-8 a character is its whole sequence.
       {"张三.txt", kCodePageUtf8, "\xE5\xBC\xA0\xE4\xB8\x89.txt"},
   };
+  // clang-format on
   for (const auto& [text, codePage, bytes] : cases) EXPECT_EQ(StringToBytes(text, codePage), bytes) << text;
 
   // Bytes become text two at a time whenever the first is above 127; under UTF-8 a sequence at a time.
+  // clang-format off
   const std::tuple<std::string, int, std::string> pairs[] = {
       {"\x7F\xD6\xD0\xCE\xC4!", kCodePageGbk, "\x7F中文!"},
       {"\x81\x40", kCodePageGbk, "丂"},  // a trail byte below 128
@@ -37,6 +40,7 @@ TEST(AnsiBytes, GbkCharactersAreLeadAndTrailUtf8OnesTheirSequence) {
       {"\xE5\xBC\xA0\xE4\xB8\x89.txt", kCodePageUtf8, "张三.txt"},
       {"a\xE5\xBC" "b\xFF", kCodePageUtf8, "a??b?"},
   };
+  // clang-format on
   for (const auto& [bytes, codePage, text] : pairs) EXPECT_EQ(BytesToString(bytes, codePage), text) << text;
   // A last byte above 127 has no partner.
   for (const char* bytes : {"\xD6", "abc\xD6", "\xD6\xD0\xCE"})

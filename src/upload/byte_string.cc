@@ -39,8 +39,9 @@ __attribute__((target("avx2"))) size_t ScanAvx2(const char* hay, size_t n, const
   // Two blocks at a time while they fit: candidates i .. i+63, reading up to hay[i + 63 + m - 1].
   while (i + 64 + m - 1 <= n) {
     const auto* p = hay + i;
-    __m256i e0 = _mm256_and_si256(_mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)), first),
-                                  _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + m - 1)), last));
+    __m256i e0 = _mm256_and_si256(
+        _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)), first),
+        _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + m - 1)), last));
     __m256i e1 = _mm256_and_si256(
         _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 32)), first),
         _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 32 + m - 1)), last));
@@ -98,8 +99,8 @@ bool HasAvx2() {
 
 #if defined(__x86_64__)
 // The two-needle pass, 32 candidates at a time; returns where it stopped.
-__attribute__((target("avx2"))) size_t ScanMarksAvx2(const char* hay, size_t n, std::string_view a, std::string_view b,
-                                                     MarkScan& out, size_t cap) {
+__attribute__((target("avx2"))) size_t ScanMarksAvx2(const char* hay, size_t n, std::string_view a,
+                                                     std::string_view b, MarkScan& out, size_t cap) {
   const size_t ma = a.size(), mb = b.size(), reach = (ma > mb ? ma : mb) - 1;
   const __m256i a0 = _mm256_set1_epi8(a[0]), a1 = _mm256_set1_epi8(a[ma - 1]);
   const __m256i b0 = _mm256_set1_epi8(b[0]), b1 = _mm256_set1_epi8(b[mb - 1]);
@@ -107,17 +108,20 @@ __attribute__((target("avx2"))) size_t ScanMarksAvx2(const char* hay, size_t n, 
   while (i + 32 + reach <= n) {
     const auto* p = hay + i;
     const __m256i head = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-    const __m256i ea = _mm256_and_si256(_mm256_cmpeq_epi8(head, a0),
-                                        _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + ma - 1)), a1));
-    const __m256i eb = _mm256_and_si256(_mm256_cmpeq_epi8(head, b0),
-                                        _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + mb - 1)), b1));
+    const __m256i ea = _mm256_and_si256(
+        _mm256_cmpeq_epi8(head, a0),
+        _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + ma - 1)), a1));
+    const __m256i eb = _mm256_and_si256(
+        _mm256_cmpeq_epi8(head, b0),
+        _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + mb - 1)), b1));
     const __m256i any = _mm256_or_si256(ea, eb);
     if (!_mm256_testz_si256(any, any)) {
       for (auto mask = static_cast<uint32_t>(_mm256_movemask_epi8(ea)); mask; mask &= mask - 1) {
         size_t at = i + static_cast<size_t>(__builtin_ctz(mask));
         if (std::memcmp(hay + at, a.data(), ma) == 0) ++out.counted;
       }
-      for (auto mask = static_cast<uint32_t>(_mm256_movemask_epi8(eb)); mask && out.listComplete; mask &= mask - 1) {
+      for (auto mask = static_cast<uint32_t>(_mm256_movemask_epi8(eb)); mask && out.listComplete;
+           mask &= mask - 1) {
         size_t at = i + static_cast<size_t>(__builtin_ctz(mask));
         if (std::memcmp(hay + at, b.data(), mb) != 0) continue;
         if (out.listed.size() == cap) {
@@ -150,7 +154,8 @@ MarkScan ScanMarks(std::string_view hay, std::string_view counted, std::string_v
   if (i == 0) {
     // Without the block pass: one search per needle.
     out.counted = CountBytes(hay, counted);
-    for (size_t at = FindBytes(hay, listed); at != std::string_view::npos; at = FindBytes(hay, listed, at + 1)) {
+    for (size_t at = FindBytes(hay, listed); at != std::string_view::npos;
+         at = FindBytes(hay, listed, at + 1)) {
       if (out.listed.size() == listCap) {
         out.listComplete = false;
         out.listed.clear();
@@ -187,8 +192,8 @@ size_t FindBytes(std::string_view hay, std::string_view needle, size_t from) {
   }
   size_t i = from;
 #if defined(__x86_64__)
-  size_t found = HasAvx2() ? ScanAvx2(hay.data(), n, needle.data(), m, i)
-                           : ScanSse2(hay.data(), n, needle.data(), m, i);
+  size_t found =
+      HasAvx2() ? ScanAvx2(hay.data(), n, needle.data(), m, i) : ScanSse2(hay.data(), n, needle.data(), m, i);
   if (found != std::string_view::npos) return found;
 #endif
   return ScanPlain(hay.data(), n, needle.data(), m, i);

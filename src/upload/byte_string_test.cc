@@ -28,17 +28,24 @@ TEST(ByteFunctions, PositionsCountFromOneAndClipAtTheEnd) {
 TEST(ByteFunctions, BlockSearchesAgreeWithPlainOnes) {
   std::mt19937 rng(7);
   // A small alphabet makes near misses common.
-  auto random = [&](size_t n) { std::string s(n, ' '); for (char& c : s) c = "ab;-\r\n"[rng() % 6]; return s; };
+  auto random = [&](size_t n) {
+    std::string s(n, ' ');
+    for (char& c : s) c = "ab;-\r\n"[rng() % 6];
+    return s;
+  };
   for (size_t n : {0u, 1u, 15u, 16u, 17u, 31u, 32u, 33u, 63u, 64u, 65u, 100u, 200u}) {
     for (int round = 0; round < 40; ++round) {
       const std::string hay = random(n);
       std::string needle = random(1 + rng() % 9);
-      if (n >= needle.size() && rng() % 2) needle = hay.substr(rng() % (n - needle.size() + 1), needle.size());
+      if (n >= needle.size() && rng() % 2)
+        needle = hay.substr(rng() % (n - needle.size() + 1), needle.size());
       for (size_t from = 0; from <= n + 1; ++from)
-        ASSERT_EQ(FindBytes(hay, needle, from), hay.find(needle, from)) << hay << "|" << needle << "|" << from;
+        ASSERT_EQ(FindBytes(hay, needle, from), hay.find(needle, from))
+            << hay << "|" << needle << "|" << from;
       // One pass counts "a;" and lists every place of the needle, overlapping ones too.
       std::vector<size_t> all;
-      for (size_t at = hay.find(needle); at != std::string::npos; at = hay.find(needle, at + 1)) all.push_back(at);
+      for (size_t at = hay.find(needle); at != std::string::npos; at = hay.find(needle, at + 1))
+        all.push_back(at);
       const MarkScan scan = ScanMarks(hay, "a;", needle, 1000);
       EXPECT_EQ(scan.counted, CountBytes(hay, "a;"));
       ASSERT_EQ(scan.listed, all) << hay << "|" << needle;

@@ -1,9 +1,10 @@
 #include "upload/file_store.h"
 
-#include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <cerrno>
 
 #include "corvane/drive_path.h"
 #include "corvane/error.h"

@@ -106,7 +106,7 @@ class ByRange {
 
 // A file item's name as the client sent it, with its folder cut off.
 struct ClientFileName {
-  Text name;             // used to store the file
+  Text name;               // used to store the file
   bool hadFolder = false;  // only then is it also the item's FileName
 };
 
@@ -114,16 +114,21 @@ Text Share(std::string s) { return std::make_shared<const std::string>(std::move
 
 }  // namespace
 
-std::string SystemInit::StringToBytes(std::string_view text) const { return upload::StringToBytes(text, codePage_); }
+std::string SystemInit::StringToBytes(std::string_view text) const {
+  return upload::StringToBytes(text, codePage_);
+}
 
-std::string SystemInit::BytesToString(std::string_view bytes) const { return upload::BytesToString(bytes, codePage_); }
+std::string SystemInit::BytesToString(std::string_view bytes) const {
+  return upload::BytesToString(bytes, codePage_);
+}
 
 bool SystemInit::SaveFile(std::string& folder, const std::string& fileName, std::string_view data,
                           int32_t overWrite, upload::WriteLog* log) const {
   return upload::SaveFile(folder, fileName, data, overWrite, NewFileName_, log);
 }
 
-std::string SystemInit::Upload(const Variant& lngMaxSize, const Variant& ServerPath, const Variant& lngOverWrite) {
+std::string SystemInit::Upload(const Variant& lngMaxSize, const Variant& ServerPath,
+                               const Variant& lngOverWrite) {
   const int32_t maxSize = lngMaxSize.IsMissing() ? 0 : lngMaxSize.ToLong();
   std::string path = ServerPath.IsMissing() ? std::string() : ServerPath.ToString();
   const int16_t overWrite = lngOverWrite.IsMissing() ? int16_t{0} : lngOverWrite.ToInteger();
@@ -243,7 +248,8 @@ int32_t SystemInit::Parse(int32_t lngMaxSize, std::string ServerPath, int16_t ln
       data = {};
       item.value = noContent;
     } else {
-      item.value = contents.Get(dataAt, data, [&](std::string_view bytes) { return UploadValue::Content(request, bytes); });
+      item.value = contents.Get(dataAt, data,
+                                [&](std::string_view bytes) { return UploadValue::Content(request, bytes); });
     }
     item.size = static_cast<int32_t>(size);
 

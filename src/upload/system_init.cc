@@ -16,7 +16,8 @@ std::shared_ptr<const UploadValue> UploadValue::Text(std::string text) {
   return v;
 }
 
-std::shared_ptr<const UploadValue> UploadValue::Content(std::shared_ptr<const void> owner, std::string_view bytes) {
+std::shared_ptr<const UploadValue> UploadValue::Content(std::shared_ptr<const void> owner,
+                                                        std::string_view bytes) {
   auto v = std::make_shared<UploadValue>();
   v->owner_ = std::move(owner);
   v->bytes_ = bytes;

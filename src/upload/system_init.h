@@ -41,7 +41,8 @@ struct WriteLog;
 class UploadValue {
  public:
   static std::shared_ptr<const UploadValue> Text(std::string text);
-  static std::shared_ptr<const UploadValue> Content(std::shared_ptr<const void> owner, std::string_view bytes);
+  static std::shared_ptr<const UploadValue> Content(std::shared_ptr<const void> owner,
+                                                    std::string_view bytes);
   Variant Get() const;
   std::string_view Bytes() const { return bytes_; }  // a file's content ("" for a plain field)
 
@@ -73,10 +74,10 @@ class SystemInit : public Dispatch {
   void OnEndPage();
 
   // The setters.
-  void OverWrite(int16_t value);            // 1 or 2 kept, anything else 0 (not set)
-  void MaxSize(int32_t value);              // kept as it is, negative too; 0 = not set
-  void Path(const std::string& value);      // kept when its second character is ":", else ""
-  void UpToFile(int32_t value);             // 2 = keep files in memory only; anything else 1
+  void OverWrite(int16_t value);               // 1 or 2 kept, anything else 0 (not set)
+  void MaxSize(int32_t value);                 // kept as it is, negative too; 0 = not set
+  void Path(const std::string& value);         // kept when its second character is ":", else ""
+  void UpToFile(int32_t value);                // 2 = keep files in memory only; anything else 1
   void NewFileName(const std::string& value);  // "" = files keep their own names
 
   std::string Upload(const Variant& lngMaxSize = Variant::Missing(),

@@ -14,12 +14,14 @@ TEST(SystemInitClass, MembersAsAScriptSeesThem) {
   ASSERT_NE(c, nullptr);
   EXPECT_EQ(c, FindClass("{3F4F3461-BE35-4BA8-B320-37E41DB10371}"));
   EXPECT_EQ(c->iid, "{424a8184-ec49-4749-873c-02170ee6de50}");
+  // clang-format off
   const std::pair<const char*, int32_t> ids[] = {
       {"OverWrite", 0x68030000},   {"Path", 0x68030001},      {"MaxSize", 0x68030002}, {"count", 0x68030003},
       {"NewFileName", 0x68030004}, {"UpToFile", 0x68030005},  {"OnStartPage", 0x60030006},
       {"OnEndPage", 0x60030007},   {"Upload", 0x60030008},    {"FileName", 0x60030009},
       {"Size", 0x6003000a},        {"Form", 0x6003000b},      {"SaveFile", -1},  // private: not on the interface
   };
+  // clang-format on
   for (auto [name, id] : ids) EXPECT_EQ(c->DispIdOf(name), id) << name;
 
   ScratchDrives drives;
@@ -36,7 +38,8 @@ TEST(SystemInitClass, MembersAsAScriptSeesThem) {
   o.Put("Path", Variant("d:\\up"));
   o.Put("NewFileName", Variant("new.txt"));
   EXPECT_EQ(o.Invoke("Upload"),  // every argument left out
-            Variant("对不起，文件名为[late.txt] 的文件大小超出了范围。(Sorry ,the size of file [late.txt] is beyond.)"));
+            Variant("对不起，文件名为[late.txt] 的文件大小超出了范围。(Sorry ,the size of file [late.txt] is "
+                    "beyond.)"));
   EXPECT_EQ(o.Get("count"), Variant(2));
   Args file{Variant("f")}, field{Variant("a")};
   EXPECT_EQ(o.Invoke("FileName", file), Variant("late.txt"));

@@ -17,12 +17,14 @@ std::string UploadResultText(UploadCode code, const std::string& itemName, const
     case UploadCode::kFileNameEmpty:
       return "对不起，[" + itemName + "]表单项中的文件名为空。(Sorry,item [" + itemName + "] is empty.)";
     case UploadCode::kTooLarge:
-      return "对不起，文件名为[" + fileName + "] 的文件大小超出了范围。(Sorry ,the size of file [" + fileName +
-             "] is beyond.)";
+      return "对不起，文件名为[" + fileName + "] 的文件大小超出了范围。(Sorry ,the size of file [" +
+             fileName + "] is beyond.)";
     case UploadCode::kTooManyItems:
       return "对不起，文件总数不得超过255(Sorry ,the count of the files must not be over 255.)";
-    case UploadCode::kNoItems: return "对不起，您没有选择文件上传.(Sorry,you have not selected a file to upload.)";
-    case UploadCode::kPathNotAbsolute: return "对不起，路径必须为绝对路径.(Sorry,the path must be a absolute path)";
+    case UploadCode::kNoItems:
+      return "对不起，您没有选择文件上传.(Sorry,you have not selected a file to upload.)";
+    case UploadCode::kPathNotAbsolute:
+      return "对不起，路径必须为绝对路径.(Sorry,the path must be a absolute path)";
   }
   return "OK";
 }

@@ -15,8 +15,10 @@ namespace {
 using namespace testing;
 
 const std::string kExists =
-    "对不起，目标文件在上载的目录中已经存在，如果需要覆盖，请将[overwrite]属性定义为[2]。(Sorry,the file which you "
-    "want to upload has already exists.if you want to overwrite it ,please define the property of [overwrite] to [2])";
+    "对不起，目标文件在上载的目录中已经存在，如果需要覆盖，请将[overwrite]属性定义为[2]。(Sorry,the file "
+    "which you "
+    "want to upload has already exists.if you want to overwrite it ,please define the property of "
+    "[overwrite] to [2])";
 const std::string kEmpty = "警告：一文件的内容为空。(warning: Content of a file is empty.)";
 std::string TooLarge(const std::string& f) {
   return "对不起，文件名为[" + f + "] 的文件大小超出了范围。(Sorry ,the size of file [" + f + "] is beyond.)";
@@ -50,7 +52,10 @@ TEST(Upload, AnswersStoredFilesAndItems) {
   const std::string two =
       Body({File("a", "C:\\a.txt", "first and longer"), Field("x", "y"), File("b", "C:\\b.txt", "SECOND")});
   auto same = [](int16_t overWrite) {
-    return [=](SystemInit& u) { u.NewFileName("same.txt"); if (overWrite) u.OverWrite(overWrite); };
+    return [=](SystemInit& u) {
+      u.NewFileName("same.txt");
+      if (overWrite) u.OverWrite(overWrite);
+    };
   };
   auto memory = [](SystemInit& u) { u.UpToFile(2); };
   const Files first{{"d/up/same.txt", "first and longer"}}, replaced{{"d/up/same.txt", "SECONDand longer"}},
@@ -64,6 +69,7 @@ TEST(Upload, AnswersStoredFilesAndItems) {
     int32_t count = 1;
     std::map<std::string, Seen> items = {};
     int codePage = kCodePageGbk;
+    // clang-format off
   } cases[] = {
       {.body = Body({}), .answer = "对不起，您没有选择文件上传.(Sorry,you have not selected a file to upload.)",
        .count = 0, .items = {{"f", {"", 0, ""}}}},
@@ -127,6 +133,7 @@ TEST(Upload, AnswersStoredFilesAndItems) {
        .files = {{"d/up/张三.txt", "AA"}, {"d/up/李四.txt", "BB"}}, .count = 3,
        .items = {{"姓名", {"李四", 6, ""}}, {"甲", {"bytes:AA", 2, "张三.txt"}}}, .codePage = kCodePageUtf8},
   };
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE("row " + std::to_string(&c - cases));
     ScratchDrives drives;

@@ -41,7 +41,9 @@ inline std::string Body(const std::vector<std::string>& parts) {
 }
 
 inline std::string Gbk(std::string_view utf8) { return EncodeCodePage(utf8, kCodePageGbk); }
-inline std::string Text(const Variant& bytes) { return std::string(bytes.ToBytes().begin(), bytes.ToBytes().end()); }
+inline std::string Text(const Variant& bytes) {
+  return std::string(bytes.ToBytes().begin(), bytes.ToBytes().end());
+}
 
 // A scratch drive root (CORVANE_DRIVE_ROOT) with the folders c:\ and d:\up\, and the working folder
 // "work" (with its own "up") beside them; the working folder is restored at the end.
@@ -70,8 +72,11 @@ class ScratchDrives {
 // One page that posts `body` and a SystemInit created on it.
 struct UploadPage {
   explicit UploadPage(std::string body, int codePage = kCodePageGbk)
-      : page({.url = "/upload.asp", .contentType = "multipart/form-data; boundary=" + kBoundary,
-              .body = std::move(body), .codePage = codePage}, session, corvane::testing::LibraryHost()) {}
+      : page({.url = "/upload.asp",
+              .contentType = "multipart/form-data; boundary=" + kBoundary,
+              .body = std::move(body),
+              .codePage = codePage},
+             session, corvane::testing::LibraryHost()) {}
 
   host::Session session;
   host::Page page;

@@ -29,8 +29,7 @@ bool IsSqliteProvider(const ConnectionString& cs) {
 }
 
 bool IsSqlitePath(std::string_view path) {
-  return EndsWithNoCase(path, ".db") || EndsWithNoCase(path, ".sqlite") ||
-         EndsWithNoCase(path, ".sqlite3");
+  return EndsWithNoCase(path, ".db") || EndsWithNoCase(path, ".sqlite") || EndsWithNoCase(path, ".sqlite3");
 }
 
 class Sqlite final : public Driver {
@@ -60,9 +59,7 @@ SqliteSession::~SqliteSession() { pool_->Give(std::move(handle_)); }
 
 std::string SqliteSession::Adapt(std::string_view sql) const { return AdaptForSqlite(sql); }
 
-std::string SqliteSession::CountQuery(std::string_view adapted) const {
-  return SqliteCountQuery(adapted);
-}
+std::string SqliteSession::CountQuery(std::string_view adapted) const { return SqliteCountQuery(adapted); }
 
 std::string SqliteSession::OffsetQuery(std::string_view adapted, int64_t offset) const {
   return SqliteOffsetQuery(adapted, offset);

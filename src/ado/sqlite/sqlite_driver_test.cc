@@ -22,7 +22,8 @@ TEST(SqliteDriver, OpensABarePathOrAConnectionStringAndSaysWhatWentWrong) {
   EXPECT_EQ(b.Execute("insert into t values(1)"), 1);
   const std::pair<const char*, const char*> rejected[] = {
       {"insert into t values(2),(1)", "UNIQUE constraint failed: t.id"},
-      {"update t se", "near \"se\": syntax error"}, {"delete from nowhere", "no such table: nowhere"}};
+      {"update t se", "near \"se\": syntax error"},
+      {"delete from nowhere", "no such table: nowhere"}};
   for (const auto& [sql, text] : rejected) EXPECT_THAT([&] { b.Execute(sql); }, ThrowsMessage<Error>(text));
   EXPECT_EQ(ErrorNumber([] { Connection().Open("Provider=SQLite;Data Source="); }), Error::kDatabaseError);
   std::ofstream(stem + ".db") << "not a database: just some text that is long enough to have a header";
@@ -32,16 +33,24 @@ TEST(SqliteDriver, OpensABarePathOrAConnectionStringAndSaysWhatWentWrong) {
 // Values as SQLite stores them under declared types it keeps loosely, and in columns without one.
 TEST(SqliteDriver, StoredValuesUnderEachTypeAndWithoutOne) {
   ScratchDatabase db;
-  db.Run({"create table t(b bigint, s smallint, f bit, g bit, r real, v varchar(9), bl blob, tb blob, "
-          "dt datetime, u)",
-          "insert into t values(5000000000, 70000, 2, 0, 3, 42, x'00ff', 'ab', 'not a date', 9)"});
+  db.Run(
+      {"create table t(b bigint, s smallint, f bit, g bit, r real, v varchar(9), bl blob, tb blob, "
+       "dt datetime, u)",
+       "insert into t values(5000000000, 70000, 2, 0, 3, 42, x'00ff', 'ab', 'not a date', 9)"});
   Recordset rs;
   rs.Open("select *, 1.5 as q, 'x' as x, 1 << 40 as big, null as z from t", Variant(db.connectionString));
-  const std::tuple<const char*, int, Variant> cases[] = {
-      {"b", adInteger, 5e9}, {"s", adSmallInt, int32_t{70000}}, {"f", adBoolean, true},
-      {"g", adBoolean, false}, {"r", adDouble, 3.0}, {"v", adVarWChar, "42"},
-      {"dt", adDBTimeStamp, "not a date"}, {"u", adInteger, int32_t{9}}, {"q", adDouble, 1.5},
-      {"x", adVarWChar, "x"}, {"big", adDouble, 1099511627776.0}, {"z", adVarWChar, Variant::Null()}};
+  const std::tuple<const char*, int, Variant> cases[] = {{"b", adInteger, 5e9},
+                                                         {"s", adSmallInt, int32_t{70000}},
+                                                         {"f", adBoolean, true},
+                                                         {"g", adBoolean, false},
+                                                         {"r", adDouble, 3.0},
+                                                         {"v", adVarWChar, "42"},
+                                                         {"dt", adDBTimeStamp, "not a date"},
+                                                         {"u", adInteger, int32_t{9}},
+                                                         {"q", adDouble, 1.5},
+                                                         {"x", adVarWChar, "x"},
+                                                         {"big", adDouble, 1099511627776.0},
+                                                         {"z", adVarWChar, Variant::Null()}};
   for (const auto& [name, type, value] : cases) {
     EXPECT_EQ(rs.FieldType(name), type) << name;
     EXPECT_EQ(rs.Field(name), value) << name;

@@ -53,14 +53,15 @@ sqlite3_stmt* SqliteHandle::Prepare(const std::string& sql) {
   sqlite3_stmt* stmt = nullptr;
   const char* tail = nullptr;
   const char* end = sql.data() + sql.size();
-  int rc = sqlite3_prepare_v3(db_, sql.data(), static_cast<int>(sql.size()), SQLITE_PREPARE_PERSISTENT,
-                              &stmt, &tail);
+  int rc = sqlite3_prepare_v3(db_, sql.data(), static_cast<int>(sql.size()), SQLITE_PREPARE_PERSISTENT, &stmt,
+                              &tail);
   if (rc != SQLITE_OK) throw Error::Database(sqlite3_errmsg(db_));
   if (!stmt) throw Error::Database("Command text was not set for the command object.");
   if (!HoldsNoStatement(db_, tail, end)) {
     sqlite3_finalize(stmt);
-    throw Error::Database("The command text holds more than one statement; only one statement can be "
-                          "run per call.");
+    throw Error::Database(
+        "The command text holds more than one statement; only one statement can be "
+        "run per call.");
   }
   return stmt;
 }
@@ -93,8 +94,7 @@ void SqliteHandle::Release(const std::string& sql, sqlite3_stmt* stmt) {
 }
 
 bool SqliteHandle::ResetForReuse() {
-  for (sqlite3_stmt* s = sqlite3_next_stmt(db_, nullptr); s; s = sqlite3_next_stmt(db_, s))
-    sqlite3_reset(s);
+  for (sqlite3_stmt* s = sqlite3_next_stmt(db_, nullptr); s; s = sqlite3_next_stmt(db_, s)) sqlite3_reset(s);
   if (!sqlite3_get_autocommit(db_)) sqlite3_exec(db_, "ROLLBACK", nullptr, nullptr, nullptr);
   return sqlite3_get_autocommit(db_) != 0;
 }
