@@ -15,9 +15,9 @@ namespace corvane::server {
 
 struct PageReply {
   int status = 200;
-  std::string contentType;  // with the charset for text
-  std::string body;         // bytes in the code page
-  host::Headers headers;    // Response.AddHeader and Location
+  std::string contentType;   // with the charset for text
+  std::string body;          // bytes in the code page
+  host::NameValues headers;  // Response.AddHeader and Location
   // Errors that objects raised in their OnEndPage once the page was written: the page is served as
   // written, and the host logs these.
   std::vector<host::EndPageError> endPageErrors;

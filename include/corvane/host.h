@@ -28,7 +28,8 @@ class ScriptingContext;
 // corvane/registry.h has this shape); it raises 429 for a name it does not know.
 using ClassFactory = std::function<Object(std::string_view progID)>;
 
-using Headers = std::vector<std::pair<std::string, std::string>>;
+// Names with their values, in order: headers, server variables.
+using NameValues = std::vector<std::pair<std::string, std::string>>;
 
 // A name/value collection as Request.Form and Request.QueryString present it: names are matched
 // case-insensitively, a missing name gives Empty, a repeated name gives its values joined by ", ".
@@ -52,7 +53,7 @@ ValueCollection ParseUrlEncoded(std::string_view text, int codePage);
 class Request : public Dispatch {
  public:
   Request(std::string url, std::string queryString, std::string contentType, std::string body,
-          std::string method, int codePage, Headers serverVariables = {});
+          std::string method, int codePage, NameValues serverVariables = {});
   const ClassInfo& Info() const override;
 
   Variant Form(std::string_view name) const;
@@ -74,7 +75,7 @@ class Request : public Dispatch {
  private:
   std::string url_, queryString_, contentType_, body_, method_;
   int codePage_;
-  Headers serverVariables_;
+  NameValues serverVariables_;
   ValueCollection form_, query_;
   size_t readPos_ = 0;
 };
@@ -98,7 +99,7 @@ class Response : public Dispatch {
   int Status() const { return status_; }
   const std::string& ContentType() const { return contentType_; }    // "text/html" unless set
   const std::string& RedirectLocation() const { return redirect_; }  // "" unless Redirect
-  const Headers& AddedHeaders() const { return headers_; }
+  const NameValues& AddedHeaders() const { return headers_; }
 
   const std::vector<std::string>& Writes() const { return writes_; }
   std::string Output() const;  // UTF-8 text writes joined (binary writes excluded)
@@ -108,7 +109,7 @@ class Response : public Dispatch {
   int status_ = 200;
   std::string contentType_ = "text/html";
   std::string redirect_;
-  Headers headers_;
+  NameValues headers_;
   std::vector<std::string> writes_;
   std::string binary_;
 };
@@ -224,7 +225,7 @@ struct PageRequest {
   std::string body;             // raw bytes
   std::string method;           // "" means GET without a body, POST with one
   int codePage = kCodePageGbk;  // of the query string, the urlencoded body and the response
-  Headers serverVariables;      // more, e.g. REMOTE_ADDR
+  NameValues serverVariables;   // more, e.g. REMOTE_ADDR
 };
 
 // What the page host gives every page: the application shared by its pages (a page of its own when

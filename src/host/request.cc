@@ -7,7 +7,7 @@
 namespace corvane::host {
 
 Request::Request(std::string url, std::string queryString, std::string contentType, std::string body,
-                 std::string method, int codePage, Headers serverVariables)
+                 std::string method, int codePage, NameValues serverVariables)
     : url_(std::move(url)),
       queryString_(std::move(queryString)),
       contentType_(std::move(contentType)),
