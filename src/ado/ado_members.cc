@@ -32,18 +32,8 @@ std::string OptionalText(const Args& args, size_t i) {
 Variant Execute(Connection& connection, Args& args) {
   std::string text = Arg(args, 0).Text();
   if (!connection.IsOpen()) throw Error::ConnectionUnusable();
-  std::shared_ptr<detail::Session> session = detail::Access::Of(connection).session;
-  std::string adapted = session->Adapt(text);
-  std::unique_ptr<detail::Cursor> cursor = session->Prepare(adapted);
   auto recordset = std::make_shared<Recordset>();
-  int64_t affected = -1;
-  if (cursor->ColumnCount() > 0) {
-    detail::RecordsetImpl& impl = detail::Access::Of(*recordset);
-    impl.Start(session, std::move(adapted), std::move(cursor));
-    impl.source = std::move(text);
-  } else {
-    affected = cursor->Run();
-  }
+  int64_t affected = detail::Access::Of(*recordset).Open(detail::Access::Of(connection).session, text);
   if (args.size() > 1 && !args[1].IsMissing()) args[1] = Variant(affected);
   return Variant(Object(recordset));
 }

@@ -17,13 +17,6 @@ void CheckCursorType(int cursorType) {
   if (cursorType < adOpenUnspecified || cursorType > adOpenStatic) throw Error::ArgumentsOutOfRange();
 }
 
-void OpenOn(detail::RecordsetImpl& impl, std::shared_ptr<detail::Session> session, std::string_view source) {
-  std::string adapted = session->Adapt(source);
-  std::unique_ptr<detail::Cursor> cursor = session->Prepare(adapted);
-  impl.Start(std::move(session), std::move(adapted), std::move(cursor));
-  if (impl.session) impl.source = std::string(source);
-}
-
 }  // namespace
 
 Recordset::Recordset() : impl_(std::make_unique<detail::RecordsetImpl>()) {}
@@ -37,10 +30,10 @@ void Recordset::Open(std::string_view source, const Variant& activeConnection, i
   if (activeConnection.IsObject()) {
     std::shared_ptr<Connection> connection = activeConnection.ToObject().As<Connection>();
     if (!connection) throw Error::ArgumentsOutOfRange();
-    OpenOn(*impl_, SessionOf(*connection), source);
+    impl_->Open(SessionOf(*connection), source);
   } else if (activeConnection.IsString()) {
     // A connection of the recordset's own, from the pool; it goes back when the recordset closes.
-    OpenOn(*impl_, detail::Connect(*activeConnection.StringPtr()), source);
+    impl_->Open(detail::Connect(*activeConnection.StringPtr()), source);
   } else {
     throw Error::ConnectionUnusable();
   }
@@ -51,7 +44,7 @@ void Recordset::Open(std::string_view source, const std::shared_ptr<Connection>&
   if (IsOpen()) throw Error::ObjectIsOpen();
   CheckCursorType(cursorType);
   if (!connection) throw Error::ConnectionUnusable();
-  OpenOn(*impl_, SessionOf(*connection), source);
+  impl_->Open(SessionOf(*connection), source);
 }
 
 void Recordset::Close() {

@@ -5,11 +5,10 @@
 
 namespace corvane::ado::detail {
 
-void RecordsetImpl::Start(std::shared_ptr<Session> s, std::string sql, std::unique_ptr<Cursor> c) {
-  if (c->ColumnCount() == 0) {
-    c->Run();
-    return;
-  }
+int64_t RecordsetImpl::Open(std::shared_ptr<Session> s, std::string_view text) {
+  std::string sql = s->Adapt(text);
+  std::unique_ptr<Cursor> c = s->Prepare(sql);
+  if (c->ColumnCount() == 0) return c->Run();
   Reset();
   int n = c->ColumnCount();
   names.reserve(n);
@@ -18,6 +17,7 @@ void RecordsetImpl::Start(std::shared_ptr<Session> s, std::string sql, std::uniq
     columnByName.try_emplace(LCase(names.back()), i);
   }
   session = std::move(s);
+  source = std::string(text);
   adapted = std::move(sql);
   cursor = std::move(c);
   position = 0;
@@ -27,6 +27,7 @@ void RecordsetImpl::Start(std::shared_ptr<Session> s, std::string sql, std::uniq
     Reset();
     throw;
   }
+  return -1;
 }
 
 void RecordsetImpl::Restart(const std::string& sql, int64_t offset) {

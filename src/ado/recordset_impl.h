@@ -21,9 +21,10 @@ namespace corvane::ado::detail {
 
 class RecordsetImpl {
  public:
-  // Takes a prepared statement of `session` and moves to its first row. A statement without columns
-  // (an insert given to Open) is run, and the recordset stays closed, as ADO leaves it.
-  void Start(std::shared_ptr<Session> session, std::string adapted, std::unique_ptr<Cursor> cursor);
+  // Prepares `source` in the session's dialect and moves to its first row. A statement without
+  // columns (an insert given to Open) is run instead, and the recordset stays closed, as ADO leaves
+  // it; the answer is then the number of rows it changed, else -1.
+  int64_t Open(std::shared_ptr<Session> session, std::string_view source);
   // Runs `sql` (adapted) again from row `offset` on and stands on its first row.
   void Restart(const std::string& sql, int64_t offset);
   void Step();
