@@ -36,6 +36,7 @@ class Error : public std::exception {
   static Error CannotCreateObject(const std::string& progID);  // 429
   static Error NoSuchMember(const std::string& name);          // 438
   static Error ArgumentNotOptional();                          //  449 Argument not optional
+  static Error NotACollection();                               //  451 Object not a collection
   // Data access (the texts ADO gives).
   static Error ArgumentsOutOfRange();                  // 3001 wrong type, out of range or in conflict
   static Error NoCurrentRecord();                      // 3021 EOF or BOF
@@ -55,5 +56,9 @@ class Error : public std::exception {
   std::string description_;
   std::string source_;
 };
+
+// Thrown by Response.End (and by Server.Transfer once the other page has run): the page stops where
+// it is and what it wrote is sent. It is not an error: On Error Resume Next does not catch it.
+struct PageEnd {};
 
 }  // namespace corvane

@@ -69,6 +69,9 @@ class Dispatch : public std::enable_shared_from_this<Dispatch> {
   // that takes an argument by reference writes it back there. An unknown id, or a kind of call the
   // member does not answer (a write to a method, a read of a write-only property), raises 438.
   Variant InvokeMember(int32_t dispid, InvokeKind kind, Args& args);
+  // For Each over the object: its elements in order (a collection's keys or items, as the class
+  // says). An object that is not a collection raises 451.
+  virtual std::vector<Variant> Elements();
 
  private:
   static inline std::atomic<long> live_{0};

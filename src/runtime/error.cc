@@ -21,6 +21,7 @@ Error Error::NoSuchMember(const std::string& name) {
   return Error(438, "Object doesn't support this property or method", name);
 }
 Error Error::ArgumentNotOptional() { return Error(449, "Argument not optional"); }
+Error Error::NotACollection() { return Error(451, "Object not a collection"); }
 Error Error::ArgumentsOutOfRange() {
   return Error(3001,
                "Arguments are of the wrong type, are out of acceptable range, or are in conflict with "

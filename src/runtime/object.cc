@@ -33,6 +33,8 @@ Variant CallMember(Dispatch& self, const MemberInfo& m, InvokeKind kind, Args& a
 
 }  // namespace
 
+std::vector<Variant> Dispatch::Elements() { throw Error::NotACollection(); }
+
 Variant Dispatch::InvokeMember(int32_t dispid, InvokeKind kind, Args& args) {
   const MemberInfo* m = Info().Member(dispid);
   if (!m) throw Error::NoSuchMember(std::to_string(dispid));

@@ -32,6 +32,19 @@ T RoundToInt(double d) {
   return static_cast<T>(r);
 }
 
+// A Currency's text: its value with up to four decimals and no trailing zeros.
+std::string CurrencyText(int64_t scaled) {
+  bool negative = scaled < 0;
+  uint64_t magnitude = negative ? 0 - static_cast<uint64_t>(scaled) : static_cast<uint64_t>(scaled);
+  std::string text = (negative ? "-" : "") + std::to_string(magnitude / 10000);
+  if (uint64_t fraction = magnitude % 10000) {
+    std::string digits = std::to_string(10000 + fraction).substr(1);
+    digits.erase(digits.find_last_not_of('0') + 1);
+    text += "." + digits;
+  }
+  return text;
+}
+
 }  // namespace
 
 std::optional<double> Variant::NumberOf() const {
@@ -43,6 +56,8 @@ std::optional<double> Variant::NumberOf() const {
                         [](float f) -> std::optional<double> { return f; },
                         [](double d) -> std::optional<double> { return d; },
                         [](const DateTag& d) -> std::optional<double> { return d.serial; },
+                        [](uint8_t b) -> std::optional<double> { return b; },
+                        [](const CurrencyTag& c) -> std::optional<double> { return c.scaled / 10000.0; },
                         [](const auto&) -> std::optional<double> { return std::nullopt; },
                     },
                     v_);
@@ -53,8 +68,9 @@ Variant Variant::Date(int year, int month, int day, int hour, int minute, int se
 }
 
 VarType Variant::Type() const {
-  static constexpr VarType kTypes[] = {vtEmpty,  vtNull,   vtError, vtBoolean, vtInteger,   vtLong,
-                                       vtSingle, vtDouble, vtDate,  vtString,  vtByteArray, vtObject};
+  static constexpr VarType kTypes[] = {vtEmpty,     vtNull,   vtError,  vtBoolean,  vtInteger,
+                                       vtLong,      vtSingle, vtDouble, vtDate,     vtString,
+                                       vtByteArray, vtObject, vtByte,   vtCurrency, vtVariantArray};
   static_assert(std::size(kTypes) == std::variant_size_v<Storage>);
   return kTypes[v_.index()];
 }
@@ -62,7 +78,8 @@ VarType Variant::Type() const {
 bool Variant::IsNumber() const {
   return std::holds_alternative<bool>(v_) || std::holds_alternative<int16_t>(v_) ||
          std::holds_alternative<int32_t>(v_) || std::holds_alternative<float>(v_) ||
-         std::holds_alternative<double>(v_);
+         std::holds_alternative<double>(v_) || std::holds_alternative<uint8_t>(v_) ||
+         std::holds_alternative<CurrencyTag>(v_);
 }
 
 std::string Variant::ToString() const {
@@ -79,6 +96,9 @@ std::string Variant::ToString() const {
                         [](const std::string& s) { return s; },
                         [](const ByteArray&) -> std::string { throw Error::TypeMismatch(); },
                         [](const Object&) -> std::string { throw Error::TypeMismatch(); },
+                        [](uint8_t b) { return std::to_string(b); },
+                        [](const CurrencyTag& c) { return CurrencyText(c.scaled); },
+                        [](const SharedArray&) -> std::string { throw Error::TypeMismatch(); },
                     },
                     v_);
 }
@@ -140,6 +160,35 @@ const Bytes& Variant::ToBytes() const {
   throw Error::TypeMismatch();
 }
 
+uint8_t Variant::ToByte() const {
+  if (auto* b = std::get_if<uint8_t>(&v_)) return *b;
+  int16_t i = RoundToInt<int16_t>(ToDouble());
+  if (i < 0 || i > 255) throw Error::Overflow();
+  return static_cast<uint8_t>(i);
+}
+
+int64_t Variant::ToCurrency() const {
+  if (auto* c = std::get_if<CurrencyTag>(&v_)) return c->scaled;
+  double scaled = ToDouble() * 10000.0;
+  if (std::isnan(scaled) || std::fabs(scaled) >= 9.2233720368547758e18) throw Error::Overflow();
+  return static_cast<int64_t>(std::nearbyint(scaled));
+}
+
+Variant Variant::FromArray(VariantArray a) { return FromArray(std::make_shared<VariantArray>(std::move(a))); }
+
+Variant Variant::FromArray(std::shared_ptr<VariantArray> a) {
+  Variant v;
+  v.v_ = std::move(a);
+  return v;
+}
+
+VariantArray* Variant::MutableArray() {
+  auto* a = std::get_if<SharedArray>(&v_);
+  if (!a) return nullptr;
+  if (a->use_count() > 1) *a = std::make_shared<VariantArray>(**a);
+  return a->get();
+}
+
 Object Variant::ToObject() const {
   if (auto* o = std::get_if<Object>(&v_)) return *o;
   throw Error::ObjectRequired();
@@ -193,10 +242,68 @@ std::string DebugString(const Variant& v) {
     case vtError: return "Missing";
     case vtObject: return v.ToObject().IsNothing() ? "Object:Nothing" : "Object";
     case vtByteArray: return "Bytes[" + std::to_string(v.ToBytes().size()) + "]";
+    case vtVariantArray: {
+      std::string out = "Array(";
+      for (const Variant& e : v.ArrayPtr()->Elements()) out += (out.size() > 6 ? ", " : "") + DebugString(e);
+      return out + ")";
+    }
     default: return std::to_string(static_cast<int>(v.Type())) + ":" + v.ToString();
   }
 }
 
 void PrintTo(const Variant& v, std::ostream* os) { *os << DebugString(v); }
+
+VariantArray::VariantArray(std::vector<Bound> bounds) { Redim(std::move(bounds), false); }
+
+VariantArray VariantArray::Of(std::vector<Variant> values) {
+  VariantArray a;
+  a.bounds_ = {Bound{0, static_cast<int32_t>(values.size())}};
+  a.data_ = std::move(values);
+  return a;
+}
+
+int32_t VariantArray::LBound(int dim) const {
+  if (dim < 1 || static_cast<size_t>(dim) > bounds_.size()) throw Error::SubscriptOutOfRange();
+  return bounds_[dim - 1].lower;
+}
+
+int32_t VariantArray::UBound(int dim) const {
+  if (dim < 1 || static_cast<size_t>(dim) > bounds_.size()) throw Error::SubscriptOutOfRange();
+  return bounds_[dim - 1].lower + bounds_[dim - 1].count - 1;
+}
+
+size_t VariantArray::Offset(const int32_t* indices, size_t n) const {
+  if (n != bounds_.size()) throw Error::SubscriptOutOfRange();
+  size_t offset = 0, stride = 1;
+  for (size_t d = 0; d < n; ++d) {
+    int64_t i = static_cast<int64_t>(indices[d]) - bounds_[d].lower;
+    if (i < 0 || i >= bounds_[d].count) throw Error::SubscriptOutOfRange();
+    offset += static_cast<size_t>(i) * stride;
+    stride *= static_cast<size_t>(bounds_[d].count);
+  }
+  return offset;
+}
+
+const Variant& VariantArray::At(const int32_t* indices, size_t n) const { return data_[Offset(indices, n)]; }
+Variant& VariantArray::At(const int32_t* indices, size_t n) { return data_[Offset(indices, n)]; }
+
+void VariantArray::Redim(std::vector<Bound> bounds, bool preserve) {
+  size_t size = 1;
+  for (const Bound& b : bounds) {
+    if (b.count < 0) throw Error::SubscriptOutOfRange();
+    size *= static_cast<size_t>(b.count);
+    if (size > (size_t{1} << 28)) throw Error(7, "Out of memory");
+  }
+  if (preserve && !bounds_.empty()) {
+    bool sameShape = bounds.size() == bounds_.size();
+    for (size_t d = 0; sameShape && d + 1 < bounds.size(); ++d)
+      sameShape = bounds[d].lower == bounds_[d].lower && bounds[d].count == bounds_[d].count;
+    if (!sameShape) throw Error::SubscriptOutOfRange();
+    data_.resize(size);  // the first index runs fastest: the kept elements are a prefix
+  } else {
+    data_.assign(size, Variant());
+  }
+  bounds_ = std::move(bounds);
+}
 
 }  // namespace corvane

@@ -1,0 +1,1 @@
+// placeholder: the helper classes come here
