@@ -147,10 +147,31 @@ class Variant {
   uint8_t ToByte() const;        // rounds half to even; 6 outside 0..255
   int64_t ToCurrency() const;    // the value times 10000, rounded half to even; 6 when it does not fit
 
+  // An Object's default value, as a scripting host reads an object where a value is wanted: the
+  // member of dispatch id 0 read without arguments (rs("name") gives the Field, whose default is its
+  // Value). Raises 13 for Nothing or an object without a default member. Other kinds give themselves.
+  // The conversions above and Text() read objects this way.
+  Variant DefaultValue() const;
+
   // The text used by concatenation: Null and Empty give "", everything else its CStr.
   std::string Text() const;
   // Direct access without conversion; nullptr when the Variant holds another kind.
   const std::string* StringPtr() const { return std::get_if<std::string>(&v_); }
+  // The numbers as stored, for hot paths (the script engine's arithmetic) that cannot afford a
+  // conversion call; nullptr when the Variant holds another kind.
+  const int16_t* IntegerPtr() const { return std::get_if<int16_t>(&v_); }
+  const int32_t* LongPtr() const { return std::get_if<int32_t>(&v_); }
+  const double* DoublePtr() const { return std::get_if<double>(&v_); }
+  const bool* BooleanPtr() const { return std::get_if<bool>(&v_); }
+  // Stores a number in place: no conversion, and no allocation whatever the Variant held.
+  template <class T>
+  requires(std::same_as<T, int16_t> || std::same_as<T, int32_t> || std::same_as<T, double> ||
+           std::same_as<T, bool>) void SetNumber(T x) {
+    if (T* p = std::get_if<T>(&v_))
+      *p = x;
+    else
+      v_.template emplace<T>(x);
+  }
   // The array, or nullptr when the Variant is not an array of Variants.
   const VariantArray* ArrayPtr() const {
     auto* a = std::get_if<SharedArray>(&v_);

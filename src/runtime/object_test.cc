@@ -55,4 +55,31 @@ TEST(LateBinding, CallsByNameOrIdWithTheirArgumentsAndTheErrorsOfCallsThatFindNo
     EXPECT_EQ(testing::Outcome([&] { return DebugString(c.call()); }), c.want) << "case " << &c - cases;
 }
 
+// An object where a value is wanted gives its default member's value (dispatch id 0), as a field of a
+// recordset does in "Response.Write rs(\"name\")"; an object without one, or Nothing, is a mismatch.
+struct Cell : Dispatch {
+  Variant value;
+  const ClassInfo& Info() const override {
+    static const ClassInfo info{.className = "Cell",
+                                .members = {Reader<Cell>("Value", 0, [](Cell& c) { return c.value; })}};
+    return info;
+  }
+};
+
+TEST(LateBinding, ObjectsConvertThroughTheirDefaultMember) {
+  auto cell = std::make_shared<Cell>();
+  cell->value = "12";
+  Variant v{Object(cell)};
+  EXPECT_EQ(v.ToString(), "12");
+  EXPECT_EQ(v.ToLong(), 12);
+  EXPECT_EQ(v.Text(), "12");
+  EXPECT_TRUE(v.ToBool());
+  cell->value = Variant::Null();
+  EXPECT_EQ(v.Text(), "");
+  EXPECT_EQ(testing::Outcome([&] { return v.ToString(); }), "#94");
+  Variant counter{Object(std::make_shared<Counter>())};
+  EXPECT_EQ(testing::Outcome([&] { return counter.Text(); }), "#13");
+  EXPECT_EQ(testing::Outcome([&] { return Variant(Object()).Text(); }), "#13");
+}
+
 }  // namespace corvane

@@ -95,7 +95,7 @@ std::string Variant::ToString() const {
                         [](const DateTag& d) { return DateText(d.serial); },
                         [](const std::string& s) { return s; },
                         [](const ByteArray&) -> std::string { throw Error::TypeMismatch(); },
-                        [](const Object&) -> std::string { throw Error::TypeMismatch(); },
+                        [this](const Object&) -> std::string { return DefaultValue().ToString(); },
                         [](uint8_t b) { return std::to_string(b); },
                         [](const CurrencyTag& c) { return CurrencyText(c.scaled); },
                         [](const SharedArray&) -> std::string { throw Error::TypeMismatch(); },
@@ -105,7 +105,19 @@ std::string Variant::ToString() const {
 
 std::string Variant::Text() const {
   if (IsNull() || IsEmpty()) return "";
+  if (IsObject()) return DefaultValue().Text();
   return ToString();
+}
+
+Variant Variant::DefaultValue() const {
+  const Object* o = std::get_if<Object>(&v_);
+  if (!o) return *this;
+  const MemberInfo* member = o->IsNothing() ? nullptr : o->get()->Info().Member(int32_t{0});
+  if (!member || !member->Answers(InvokeKind::PropertyGet)) throw Error::TypeMismatch();
+  Args none;
+  Variant value = o->Invoke(0, none, InvokeKind::PropertyGet);
+  if (value.IsObject()) throw Error::TypeMismatch();  // a default that is itself an object
+  return value;
 }
 
 int16_t Variant::ToInteger() const {
@@ -126,6 +138,7 @@ float Variant::ToSingle() const {
 
 double Variant::ToDouble() const {
   if (IsNull()) throw Error::InvalidUseOfNull();
+  if (IsObject()) return DefaultValue().ToDouble();
   if (const std::string* s = StringPtr()) {
     if (auto d = ParseNumberText(*s)) return *d;
     throw Error::TypeMismatch();
@@ -137,6 +150,7 @@ double Variant::ToDouble() const {
 double Variant::ToDate() const {
   if (auto* d = std::get_if<DateTag>(&v_)) return d->serial;
   if (IsNull()) throw Error::InvalidUseOfNull();
+  if (IsObject()) return DefaultValue().ToDate();
   if (const std::string* s = StringPtr()) {
     if (auto d = ParseDateText(*s)) return *d;
     throw Error::TypeMismatch();
@@ -147,6 +161,7 @@ double Variant::ToDate() const {
 
 bool Variant::ToBool() const {
   if (auto* b = std::get_if<bool>(&v_)) return *b;
+  if (IsObject()) return DefaultValue().ToBool();
   if (const std::string* s = StringPtr()) {
     std::string t = Trim(*s);
     if (EqualsNoCase(t, "true")) return true;
@@ -171,6 +186,14 @@ int64_t Variant::ToCurrency() const {
   if (auto* c = std::get_if<CurrencyTag>(&v_)) return c->scaled;
   double scaled = ToDouble() * 10000.0;
   if (std::isnan(scaled) || std::fabs(scaled) >= 9.2233720368547758e18) throw Error::Overflow();
+  // Below 10^15 the value is read to the 15 significant digits a Double holds before rounding, so
+  // that a decimal half stays a half: "0.00015" is 1.4999999999999998 ten-thousandths in binary, and
+  // rounds to 2 as 1.5 does.
+  if (std::fabs(scaled) < 1e15) {
+    char digits[32];
+    std::snprintf(digits, sizeof digits, "%.15g", scaled);
+    scaled = std::strtod(digits, nullptr);
+  }
   return static_cast<int64_t>(std::nearbyint(scaled));
 }
 

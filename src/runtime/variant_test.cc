@@ -118,4 +118,66 @@ TEST(Variant, CompareAndEqualsLiteral) {
   }
 }
 
+TEST(Variant, ByteAndCurrencyKeepTheirRangeAndText) {
+  // clang-format off
+  const struct { Variant v; int type; const char* text; double number; } kinds[] = {
+      {Variant::FromByte(200), 17, "200", 200}, {Variant::FromCurrency(15000), 6, "1.5", 1.5},
+      {Variant::FromCurrency(-1), 6, "-0.0001", -0.0001}, {Variant::FromCurrency(123450000), 6, "12345", 12345},
+      {Variant::FromCurrency(INT64_MIN), 6, "-922337203685477.5808", -922337203685477.5808},
+  };
+  // clang-format on
+  for (const auto& c : kinds) {
+    EXPECT_EQ(c.v.Type(), c.type) << c.text;
+    EXPECT_EQ(c.v.ToString(), c.text);
+    EXPECT_EQ(c.v.ToDouble(), c.number) << c.text;
+  }
+  auto cbyte = [](const Variant& v) { return Outcome([&] { return std::to_string(v.ToByte()); }); };
+  auto ccur = [](const Variant& v) { return Outcome([&] { return std::to_string(v.ToCurrency()); }); };
+  // clang-format off
+  const struct { Variant in; const char* cbyteCcur; } conversions[] = {
+      {2.5, "2 25000"}, {3.5, "4 35000"}, {255.4, "255 2554000"}, {255.5, "#6 2555000"}, {-1, "#6 -10000"},
+      {"0.00015", "0 2"}, {"0.00025", "0 2"}, {123456789012.3456, "#6 1234567890123456"}, {1e15, "#6 #6"}, {true, "#6 -10000"}, {null, "#94 #94"},
+      {"x", "#13 #13"},
+  };
+  // clang-format on
+  for (const auto& c : conversions)
+    EXPECT_EQ(cbyte(c.in) + " " + ccur(c.in), c.cbyteCcur) << DebugString(c.in);
+  EXPECT_EQ(Compare(Variant::FromCurrency(15000), 1.5), 0);
+  EXPECT_EQ(Compare(Variant::FromByte(3), int16_t{4}), -1);
+}
+
+TEST(Variant, ArraysKeepBoundsAndCopyOnWrite) {
+  using Bound = VariantArray::Bound;
+  VariantArray grid({Bound{1, 2}, Bound{0, 3}});  // Dim grid(1 To 2, 0 To 2)
+  EXPECT_EQ(grid.Size(), 6u);
+  EXPECT_EQ(std::pair(grid.LBound(1), grid.UBound(1)), std::pair(1, 2));
+  EXPECT_EQ(std::pair(grid.LBound(2), grid.UBound(2)), std::pair(0, 2));
+  EXPECT_EQ(ErrorNumber([&] { grid.UBound(3); }), 9);
+  // The first index runs fastest.
+  const int32_t at[] = {2, 1};
+  grid.At(at, 2) = "x";
+  EXPECT_EQ(grid.Elements()[3], Variant("x"));
+  const int32_t outside[] = {0, 1};
+  EXPECT_EQ(ErrorNumber([&] { grid.At(outside, 2); }), 9);
+  EXPECT_EQ(ErrorNumber([&] { grid.At(at, 1); }), 9);
+  // ReDim Preserve may grow or shrink the last dimension only, keeping the elements that remain.
+  grid.Redim({Bound{1, 2}, Bound{0, 4}}, true);
+  EXPECT_EQ(grid.At(at, 2), Variant("x"));
+  EXPECT_EQ(grid.Size(), 8u);
+  EXPECT_EQ(ErrorNumber([&] { grid.Redim({Bound{1, 3}, Bound{0, 4}}, true); }), 9);
+  EXPECT_EQ(ErrorNumber([&] { grid.Redim({Bound{0, -1}}, false); }), 9);
+  grid.Redim({Bound{0, 2}}, false);
+  EXPECT_EQ(grid.Elements(), (std::vector<Variant>{empty, empty}));
+  // Copies share the array until one of them writes to it.
+  Variant a = Variant::FromArray(VariantArray::Of({1, 2}));
+  Variant b = a;
+  EXPECT_EQ(a.ArrayPtr(), b.ArrayPtr());
+  b.MutableArray()->Elements()[0] = "changed";
+  EXPECT_EQ(a.ArrayPtr()->Elements()[0], Variant(1));
+  EXPECT_EQ(b.ArrayPtr()->Elements()[0], Variant("changed"));
+  EXPECT_EQ(std::pair(a.Type(), a.ArrayPtr()->UBound()), std::pair(vtVariantArray, 1));
+  EXPECT_EQ(ErrorNumber([&] { a.ToString(); }), 13);
+  EXPECT_EQ(Variant(1).MutableArray(), nullptr);
+}
+
 }  // namespace corvane
