@@ -22,6 +22,8 @@ class BuiltinContext {
   float lastRandom = 0;
   // The run's locale id (Session.LCID / Response.LCID); 0 is the server's.
   int32_t lcid = 0;
+  // The page's ANSI code page (Session.CodePage / the page directive), for Asc, Chr and String.
+  int codePage = 936;
 };
 
 using BuiltinCall = Variant (*)(BuiltinContext& context, Args& args);
@@ -29,7 +31,7 @@ using BuiltinCall = Variant (*)(BuiltinContext& context, Args& args);
 struct Builtin {
   std::string_view name;  // as written in the language's documentation: "InStrRev"
   int8_t minArgs;
-  int8_t maxArgs;
+  int8_t maxArgs;  // -1: any number (Array)
   BuiltinCall call;
 };
 

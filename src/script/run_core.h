@@ -1,0 +1,212 @@
+// The state of one run of a compiled page: global variables, the value stack the procedures' frames
+// live on, the Err object, the output, the time limit, and what code compiled while running
+// (Execute, ExecuteGlobal, Eval) added.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "corvane/script.h"
+#include "script/builtins.h"
+#include "script/fast_number.h"
+#include "script/program.h"
+#include "script/tree.h"
+#include "script/vbs_errors.h"
+
+namespace corvane::script {
+
+class ErrObject;
+class OperandSource;
+class RunCore;
+
+// What outlives a run: instances of its classes may be kept elsewhere (in Session), so they reach
+// the run through this link, which the run clears when it ends.
+struct RunLink {
+  std::mutex mutex;
+  RunCore* run = nullptr;
+};
+
+inline void ResetSlot(Variant& v) { Clear(v); }
+inline void ResetSlot(Variant*& p) { p = nullptr; }
+
+// Fixed-size blocks of slots that never move, so that a ByRef parameter may point into a caller's
+// frame. Slots are Empty when pushed and emptied when popped.
+template <class T>
+class SlotStack {
+ public:
+  struct Mark {
+    size_t block, top;
+  };
+  Mark Save() const { return {block_, top_}; }
+  T* Push(size_t n) {
+    if (blocks_.empty() || top_ + n > Capacity(block_)) NextBlock(n);
+    T* p = blocks_[block_].data.get() + top_;
+    top_ += n;
+    return p;
+  }
+  void Restore(Mark m, T* pushed, size_t n) {
+    for (size_t i = 0; i < n; ++i) ResetSlot(pushed[i]);
+    block_ = m.block;
+    top_ = m.top;
+  }
+
+ private:
+  static constexpr size_t kBlock = 4096;
+  struct Chunk {
+    std::unique_ptr<T[]> data;
+    size_t size;
+  };
+  size_t Capacity(size_t b) const { return blocks_[b].size; }
+  void NextBlock(size_t n) {
+    size_t next = blocks_.empty() ? 0 : block_ + 1;
+    while (next < blocks_.size() && blocks_[next].size < n) ++next;
+    if (next >= blocks_.size()) {
+      size_t size = std::max(kBlock, n);
+      blocks_.push_back({std::make_unique<T[]>(size), size});
+      next = blocks_.size() - 1;
+    }
+    block_ = next;
+    top_ = 0;
+  }
+  std::vector<Chunk> blocks_;
+  size_t block_ = 0;
+  size_t top_ = 0;
+};
+
+class RunCore : public BuiltinContext {
+ public:
+  RunCore(std::shared_ptr<const Program> program, RunContext context);
+  ~RunCore() override;
+
+  const Program& program() const { return *program_; }
+  const std::shared_ptr<const Program>& programPtr() const { return program_; }
+  const RunContext& context() const { return context_; }
+
+  // Runs the page's own code.
+  void RunMain();
+  // Empties the globals (their instances terminate) and ends the link to the run's instances.
+  void Finish();
+
+  // Global variables: the page's first, then those that code compiled while running added.
+  Variant& Global(int index) { return index < fixedCount_ ? fixed_[index] : extra_[index - fixedCount_]; }
+  bool IsDefined(int index) const { return index < static_cast<int>(defined_.size()) && defined_[index]; }
+
+  // Calls a procedure with argument expressions evaluated in the caller's frame (ByRef where the
+  // argument is a variable), or with values (the caller's Args, ByRef to its elements).
+  // `extra`: the value a Property Let or Set assigns, after the arguments.
+  // `sources`, when given, say where each argument is read from (one per argument).
+  Variant Call(const ProcDef& p, ScriptObject* me, Frame& caller, const std::vector<ExprPtr>& args,
+               Variant* extra = nullptr, const OperandSource* sources = nullptr);
+  // The same, the result stored into `out`.
+  void CallInto(const ProcDef& p, ScriptObject* me, Frame& caller, const std::vector<ExprPtr>& args,
+                Variant* extra, const OperandSource* sources, Variant& out);
+  Variant CallWithValues(const ProcDef& p, ScriptObject* me, Args& args);
+  // A member of a script instance called late-bound (obj.name, or from outside the interpreter):
+  // fields are read and written, methods called, properties read through Get and written through
+  // Let or Set. Private members answer only calls from the instance's own code.
+  Variant InvokeMember(ScriptObject& o, const ClassMember& m, InvokeKind kind, Args& args, bool allowPrivate);
+  // A new instance of a script class (Class_Initialize runs).
+  Object NewInstance(const ClassDef& c);
+
+  // Each loop turn and call: the time limit is checked every few thousand steps.
+  void Tick() {
+    if (--ticks_ <= 0) CheckTime();
+  }
+  // A stopped page: no On Error traps the error any more.
+  bool Stopped() const { return stopped_; }
+  // Records a trapped error in Err (On Error Resume Next).
+  void Trap(const Error& e);
+  void ClearErr();
+  Object ErrObjectHandle() const;
+
+  // The statement running now (its position reports an untrapped error).
+  const Stmt* current = nullptr;
+
+  // Page output: literal text and <%= %>.
+  void Write(std::string_view text);
+  void WriteValue(const Variant& value);
+
+  // Argument lists for calls on objects, reused so that a call allocates nothing once warm.
+  Args* TakeArgs();
+  void GiveArgs(Args* args);
+
+  // Code compiled while running.
+  const ProcDef* FindDynamicProc(const std::string& lower) const;
+  const ClassDef* FindDynamicClass(const std::string& lower) const;
+  // A global name known to this run (the page's or an added one); -1 when none.
+  int FindGlobal(const std::string& lower) const;
+  int AddGlobal(const std::string& name, bool declared);
+  void Declare(int index);
+  bool GlobalDeclared(int index) const;
+  const Variant* FindDynamicConst(const std::string& lower) const;
+  // Eval, Execute and ExecuteGlobal.
+  Variant EvalText(Frame& f, const std::string& code, Pos at);
+  void ExecuteText(Frame& f, const std::string& code, Pos at, bool global);
+  // GetRef: an object whose default call runs the procedure.
+  Object ProcedureRef(const std::string& name);
+
+  // Instances whose last reference went while the run was busy: terminated at the next statement.
+  bool HasPendingTerminations() const { return pendingCount_ != 0; }
+  void RunTerminations();
+  void QueueTermination(ScriptObject* object);  // with the link's mutex held
+  const std::shared_ptr<RunLink>& link() const { return link_; }
+  std::shared_ptr<const Unit> UnitOf(const ClassDef& c) const;
+
+ private:
+  friend struct CallGuard;
+  void CheckTime();
+  void EnterCall() {
+    Tick();
+    if (depth == 0) stackLimit_ = ThreadStackLimit();
+    if (static_cast<const char*>(__builtin_frame_address(0)) < stackLimit_)
+      throw LanguageError(kOutOfStackSpace);
+  }
+  static const char* ThreadStackLimit();
+  void Terminate(ScriptObject* object);
+
+  std::shared_ptr<const Program> program_;
+  RunContext context_;
+  std::unique_ptr<Variant[]> fixed_;  // the page's globals
+  int fixedCount_ = 0;
+  std::deque<Variant> extra_;  // globals added while running
+  std::vector<uint8_t> defined_;
+  std::deque<GlobalName> addedGlobals_;
+  std::unordered_map<std::string, int> addedGlobalIndex_;
+  std::unordered_map<std::string, const ProcDef*> dynamicProcs_;
+  std::unordered_map<std::string, const ClassDef*> dynamicClasses_;
+  std::unordered_map<std::string, Variant> dynamicConsts_;
+  std::vector<std::shared_ptr<const Unit>> dynamicUnits_;
+  std::unordered_map<std::string, Variant> namedObjects_;  // lower-case; those the page does not name
+
+ public:
+  SlotStack<Variant> values;
+  SlotStack<Variant*> refs;  // for procedures with many parameters (the others keep them on the C++ stack)
+  int depth = 0;
+
+ private:
+  std::shared_ptr<ErrObject> err_;
+  std::vector<std::unique_ptr<Args>> argsPool_;
+  Object response_;  // where output goes when the context has no writer
+  const MemberInfo* responseWrite_ = nullptr;
+  int ticks_ = 4096;
+  bool stopped_ = false;
+  std::chrono::steady_clock::time_point started_;
+  const char* stackLimit_ = nullptr;  // of the thread running the page
+  std::shared_ptr<RunLink> link_;
+  std::vector<ScriptObject*> pending_;
+  std::atomic<size_t> pendingCount_{0};
+  bool terminating_ = false;
+
+  friend class ScriptObject;
+  friend class Compiler;
+  friend class RunNames;
+};
+
+}  // namespace corvane::script
