@@ -12,14 +12,26 @@
 #include "dna/dna.h"
 #include "permission/permission.h"
 #include "scheduler/scheduler.h"
+#include "script/regexp.h"
+#include "scripting/scripting.h"
 #include "upload/system_init.h"
 
 namespace corvane {
 
 const std::vector<const ClassInfo*>& RegisteredClasses() {
   static const std::vector<const ClassInfo*> classes = {
-      &AspHttpClass(),        &DNAClass(),       &PermissionClass(), &ado::ConnectionClass(),
-      &ado::RecordsetClass(), &SchedulerClass(), &SystemInitClass(),
+      &AspHttpClass(),
+      &DNAClass(),
+      &PermissionClass(),
+      &ado::ConnectionClass(),
+      &ado::RecordsetClass(),
+      &SchedulerClass(),
+      &SystemInitClass(),
+      &scripting::DictionaryClass(),
+      &scripting::FileSystemObjectClass(),
+      &scripting::StreamClass(),
+      &scripting::ArrayListClass(),
+      &script::RegExpClass(),
   };
   return classes;
 }

@@ -1,1 +1,0 @@
-// placeholder: the helper classes come here
