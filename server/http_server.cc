@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cctype>
 #include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <ctime>
 #include <mutex>
@@ -13,6 +14,7 @@
 
 #include "corvane/text.h"
 #include "page_runner.h"
+#include "script_host.h"
 #include "session_store.h"
 #include "static_files.h"
 
@@ -72,6 +74,11 @@ std::vector<std::pair<std::string, std::string>> ServerVariablesOf(const httplib
   return vars;
 }
 
+// Whether a request path names a script page: it ends in ".asp", in any case.
+bool IsScriptPagePath(std::string_view path) {
+  return path.size() > 4 && EqualsNoCase(path.substr(path.size() - 4), ".asp");
+}
+
 // An error line on stderr, whole even when several threads write at once.
 void LogError(const std::string& line) {
   std::fprintf(stderr, "%s\n", line.c_str());
@@ -98,19 +105,26 @@ struct HttpServer::Impl {
   PageRegistry pages;
   host::PageHost pageHost;
   std::vector<std::string> secrets;
-  SessionStore sessions;
   StaticFiles files;
+  ScriptHost scripts;
+  SessionStore sessions;
   httplib::Server http;
   int port = -1;
   std::atomic<bool> runEntered{false}, stopRequested{false};
+  // Ends idle sessions now and then, so that Session_OnEnd runs soon after their time is up.
+  std::jthread sweeper;
 
   Impl(ServerOptions o, PageRegistry p, host::PageHost h, std::vector<std::string> s)
       : options(std::move(o)),
         pages(std::move(p)),
         pageHost(std::move(h)),
         secrets(std::move(s)),
-        sessions(std::chrono::minutes(options.sessionTimeoutMinutes)),
-        files(options.site) {
+        files(options.site),
+        scripts(SiteHost(pageHost, files), options.codePage, LogError),
+        sessions(std::chrono::minutes(options.sessionTimeoutMinutes), nullptr,
+                 [this](const std::shared_ptr<host::SessionObject>& ended) { scripts.EndSession(ended); }) {
+    pageHost.siteFolder = files.Root().string();
+    pageHost.runPage = scripts.Runner();
     const int threads = options.threads;
     http.new_task_queue = [threads] { return new httplib::ThreadPool(static_cast<size_t>(threads)); };
     http.set_payload_max_length(options.maxBodyBytes);
@@ -156,6 +170,20 @@ struct HttpServer::Impl {
       res.set_content("<html><body><h2>" + text + "</h2></body></html>", "text/html; charset=utf-8");
     });
     if (options.accessLog) http.set_logger(LogLine);
+    sweeper = std::jthread([this](std::stop_token stop) {
+      std::mutex mu;
+      std::condition_variable_any wake;
+      std::unique_lock lock(mu);
+      while (!wake.wait_for(lock, stop, std::chrono::seconds(5), [] { return false; }) &&
+             !stop.stop_requested())
+        sessions.Sweep();
+    });
+  }
+
+  // The page host of the script pages: the server's, with the site folder.
+  static host::PageHost SiteHost(host::PageHost h, const StaticFiles& files) {
+    h.siteFolder = files.Root().string();
+    return h;
   }
 
   void Serve(const httplib::Request& req, httplib::Response& res, std::string body) {
@@ -163,10 +191,20 @@ struct HttpServer::Impl {
       ServePage(*page, req, res, std::move(body));
       return;
     }
+    if (IsScriptPagePath(req.path)) {
+      ServeScript(req.path, req, res, std::move(body));
+      return;
+    }
+    // A folder's default page.
+    if (!req.path.empty() && req.path.back() == '/' && scripts.Find(req.path + "default.asp")) {
+      ServeScript(req.path + "default.asp", req, res, std::move(body));
+      return;
+    }
     if (req.method != "GET" && req.method != "HEAD") {
       // Static files are only read; a missing one is missing whatever the method.
-      res.status = files.Resolve(req.path) ? 405 : 404;
-      if (res.status == 405) res.set_header("Allow", "GET, HEAD");
+      bool found = files.Resolve(req.path) && !IsScriptSource(req.path.substr(req.path.rfind('/') + 1));
+      res.status = found ? 405 : 404;
+      if (found) res.set_header("Allow", "GET, HEAD");
       return;
     }
     auto reply =
@@ -180,24 +218,85 @@ struct HttpServer::Impl {
     if (reply->status == 200) res.set_content(std::move(reply->body), reply->contentType);
   }
 
+  host::PageRequest RequestOf(std::string url, const httplib::Request& req, std::string body, int codePage) {
+    return host::PageRequest{.url = std::move(url),
+                             .queryString = QueryOf(req),
+                             .contentType = ContentTypeOf(req),
+                             .body = std::move(body),
+                             .method = req.method,
+                             .codePage = codePage,
+                             .serverVariables = ServerVariablesOf(req)};
+  }
+
   void ServePage(const PageFunction& page, const httplib::Request& req, httplib::Response& res,
                  std::string body) {
     SessionStore::Lease lease = sessions.Acquire(CookieValue(req.get_header_value("Cookie"), kSessionCookie));
-    host::PageRequest request{.url = req.path,
-                              .queryString = QueryOf(req),
-                              .contentType = ContentTypeOf(req),
-                              .body = std::move(body),
-                              .method = req.method,
-                              .codePage = options.codePage,
-                              .serverVariables = ServerVariablesOf(req)};
-    PageReply reply = RunPage(page, std::move(request), lease.Session(), pageHost, secrets);
+    bool newSession = lease.IsNew();
+    PageReply reply = RunPage(page, RequestOf(req.path, req, std::move(body), options.codePage),
+                              lease.Session(), pageHost, secrets, [&](host::Page& p) {
+                                scripts.StartApplication();
+                                if (newSession) scripts.StartSession(p);
+                              });
+    Send(req, res, lease, std::move(reply));
+  }
+
+  // The script page at `sitePath` (the request's path, or a folder's default page).
+  void ServeScript(const std::string& sitePath, const httplib::Request& req, httplib::Response& res,
+                   std::string body) {
+    std::shared_ptr<const CachedPage> page;
+    try {
+      scripts.StartApplication();
+      page = scripts.Find(sitePath);
+    } catch (const Error& e) {  // the page or global.asa does not compile
+      PageReply reply = ErrorReply(e, req.path, options.codePage, secrets);
+      LogError(reply.errorLog);
+      res.status = reply.status;
+      res.set_header("Cache-Control", "private, no-cache");
+      res.set_content(std::move(reply.body), reply.contentType);
+      return;
+    }
+    if (!page) {
+      res.status = 404;
+      return;
+    }
+    SessionStore::Lease lease = sessions.Acquire(CookieValue(req.get_header_value("Cookie"), kSessionCookie));
+    bool newSession = lease.IsNew();
+    host::PageRequest request =
+        RequestOf(page->sitePath, req, std::move(body), scripts.CodePageFor(*page, *lease.Session().ptr()));
+    request.serverVariables.emplace_back("PATH_TRANSLATED",
+                                         host::LocalPathIn(files.Root().string(), page->sitePath));
+    request.serverVariables.emplace_back("APPL_PHYSICAL_PATH", files.Root().string() + "/");
+    PageReply reply = RunInPage(
+        std::move(request), lease.Session(), pageHost,
+        [&](host::Page& p) {
+          if (newSession) scripts.StartSession(p);
+          scripts.Run(*page, *p.ContextObject());
+        },
+        secrets);
+    Send(req, res, lease, std::move(reply));
+  }
+
+  // Logs what the page's run reported, ends or renews its session as the page asked, and sends the
+  // reply with the session's cookie when the session is new.
+  void Send(const httplib::Request& req, httplib::Response& res, SessionStore::Lease& lease,
+            PageReply reply) {
+    if (!reply.errorLog.empty()) LogError(reply.errorLog);
     for (const host::EndPageError& e : reply.endPageErrors) LogError(EndPageErrorLine(req.path, e));
-    if (lease.Session().ptr()->NewIDRequested()) sessions.Renew(lease);
-    if (lease.IsNew())
-      res.set_header("Set-Cookie",
-                     std::string(kSessionCookie) + "=" + lease.Id() + "; Path=/; HttpOnly; SameSite=Lax");
-    res.set_header("Cache-Control", "private, no-cache");
-    for (auto& [name, value] : reply.headers) res.set_header(name, value);
+    std::shared_ptr<host::SessionObject> session = lease.Session().ptr();
+    if (session->Abandoned()) {
+      sessions.End(lease);
+    } else {
+      if (session->NewIDRequested()) sessions.Renew(lease);
+      if (lease.IsNew())
+        res.set_header("Set-Cookie",
+                       std::string(kSessionCookie) + "=" + lease.Id() + "; Path=/; HttpOnly; SameSite=Lax");
+    }
+    bool cacheControl = false;
+    for (const auto& [name, value] : reply.headers) {
+      cacheControl = cacheControl || EqualsNoCase(name, "Cache-Control");
+      res.set_header(name, value);  // refuses a value with a line break
+    }
+    if (!cacheControl) res.set_header("Cache-Control", "private, no-cache");
     res.status = reply.status;
     res.set_content(std::move(reply.body), reply.contentType);
   }

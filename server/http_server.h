@@ -1,5 +1,7 @@
 // The HTTP side of corvane-server: listens, hands each request to a worker of its thread pool, serves
-// pages (by the registry) and static files (from the site folder), and writes the access log.
+// pages (C++ pages by the registry first, then the site folder's .asp script pages, script_host.h),
+// static files (from the site folder; never the source of a script page, an include or global.asa),
+// and writes the access log. A folder's path ("/d/") runs its default.asp.
 //
 // A page request runs inside its session's lease (session_store.h), so the pages of one session run
 // one at a time. A new session gets its cookie (HttpOnly, SameSite=Lax) on the reply.

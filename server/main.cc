@@ -7,10 +7,12 @@
 #include <filesystem>
 #include <thread>
 
+#include "corvane/drive_path.h"
 #include "corvane/error.h"
 #include "corvane/registry.h"
 #include "http_server.h"
 #include "options.h"
+#include "scripting/scripting.h"
 #include "site.h"
 
 namespace {
@@ -30,6 +32,13 @@ std::string DefaultSiteDir() {
 int Serve(const ServerOptions& o) {
   namespace fs = std::filesystem;
   if (!o.drives.empty()) ::setenv("CORVANE_DRIVE_ROOT", o.drives.c_str(), 1);
+  // The drive folders hold the site's uploads; pages cannot make the root themselves.
+  fs::create_directories(corvane::DriveRoot());
+  // The file objects of pages (Scripting.FileSystemObject, ADODB.Stream) reach the site's folder by
+  // the local paths Server.MapPath gives.
+  std::error_code ec;
+  fs::path site = fs::canonical(o.site, ec);
+  corvane::scripting::SetSiteFolder((ec ? fs::absolute(o.site) : site).string());
   const std::string connStr = corvane::server::ConnectionStringFor(o.db);
   const std::string dbFile = corvane::server::SqliteFileOf(connStr);
   if (!dbFile.empty() && fs::path(dbFile).has_parent_path())
@@ -41,8 +50,7 @@ int Serve(const ServerOptions& o) {
 
   auto application = std::make_shared<corvane::host::Application>();
   application->Set("ConnStr", corvane::Variant(connStr));
-  corvane::server::PageRegistry pages;
-  corvane::site::RegisterPages(pages);
+  corvane::server::PageRegistry pages;  // the site's pages are script pages: none compiled in
 
   std::vector<std::string> secrets{connStr};
   if (!dbFile.empty()) {

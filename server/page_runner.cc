@@ -6,54 +6,59 @@
 
 namespace corvane::server {
 
-namespace {
-
 PageReply ErrorReply(const Error& e, const std::string& url, int codePage,
                      const std::vector<std::string>& secrets) {
+  ErrorReport report = ReportOf(e, url);
   PageReply reply;
   reply.status = 500;
   reply.contentType = "text/html; charset=" + CharsetName(codePage);
-  reply.body = EncodeCodePage(ErrorPageHtml(e.Number(), e.Description(), url, secrets), codePage);
+  reply.body = EncodeCodePage(ErrorPageHtml(report, secrets), codePage);
+  reply.errorLog = ErrorLogLine(report, secrets);
   return reply;
 }
 
-}  // namespace
-
-PageReply RunPage(const PageFunction& page, host::PageRequest request, host::Session session,
-                  host::PageHost pageHost, const std::vector<std::string>& secrets) {
-  const int codePage = request.codePage;
+PageReply RunInPage(host::PageRequest request, host::Session session, host::PageHost pageHost,
+                    const std::function<void(host::Page&)>& body, const std::vector<std::string>& secrets) {
   const std::string url = request.url;
-  host::Page bound(std::move(request), session, std::move(pageHost));
+  host::Page page(std::move(request), std::move(session), std::move(pageHost));
   try {
-    PageContext ctx{bound.Request(), bound.Response(), *session.ptr(), bound.Server(),
-                    *bound.ContextObject()->Application()};
-    page(ctx);
+    body(page);
+  } catch (const PageEnd&) {
+    page.Response().MarkEnded();
   } catch (const Error& e) {
     // The page ends as the host ended a failed script: its objects still get OnEndPage, and the
     // page's own error is the one shown.
-    PageReply reply = ErrorReply(e, url, codePage, secrets);
-    reply.endPageErrors = bound.End();
+    PageReply reply = ErrorReply(e, url, page.Response().CodePage(), secrets);
+    reply.endPageErrors = page.End();
     return reply;
   }
-
   PageReply reply;
-  reply.endPageErrors = bound.End();
-  const host::Response& r = bound.Response();
+  reply.endPageErrors = page.End();
+  const host::Response& r = page.Response();
   reply.status = r.Status();
-  std::string type = r.ContentType().empty() ? "text/html" : r.ContentType();
-  if (type.rfind("text/", 0) == 0 && type.find("charset") == std::string::npos)
-    type += "; charset=" + CharsetName(codePage);
-  reply.contentType = type;
-  reply.body = EncodeCodePage(r.Output(), codePage);
-  reply.body += r.Binary();
-  reply.headers = r.AddedHeaders();
-  if (!r.RedirectLocation().empty()) reply.headers.emplace_back("Location", r.RedirectLocation());
+  reply.contentType = r.ReplyContentType();
+  reply.body = r.ReplyBody();
+  reply.headers = r.ReplyHeaders();
   return reply;
 }
 
+PageReply RunPage(const PageFunction& page, host::PageRequest request, host::Session session,
+                  host::PageHost pageHost, const std::vector<std::string>& secrets,
+                  const std::function<void(host::Page&)>& beforePage) {
+  return RunInPage(
+      std::move(request), std::move(session), std::move(pageHost),
+      [&](host::Page& bound) {
+        if (beforePage) beforePage(bound);
+        PageContext ctx{bound.Request(), bound.Response(), *bound.ContextObject()->Session(), bound.Server(),
+                        *bound.ContextObject()->Application()};
+        page(ctx);
+      },
+      secrets);
+}
+
 std::string EndPageErrorLine(const std::string& url, const host::EndPageError& e) {
-  return "corvane-server: " + url + ": " + e.className + ".OnEndPage raised error " +
-         std::to_string(e.error.Number()) + ": " + e.error.Description();
+  return EscapeForLog("corvane-server: " + url + ": " + e.className + ".OnEndPage raised error " +
+                      std::to_string(e.error.Number()) + ": " + e.error.Description());
 }
 
 }  // namespace corvane::server

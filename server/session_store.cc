@@ -2,6 +2,7 @@
 
 #include <sys/random.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <stdexcept>
 
@@ -34,32 +35,51 @@ bool IsWellFormedSessionId(std::string_view id) {
   return true;
 }
 
-SessionStore::SessionStore(std::chrono::seconds idleTimeout, Clock clock)
-    : idleTimeout_(idleTimeout),
-      clock_(clock ? std::move(clock) : [] { return std::chrono::steady_clock::now(); }) {
+SessionStore::SessionStore(std::chrono::seconds idleTimeout, Clock clock, EndHandler onEnd)
+    : timeoutMinutes_(std::max<int>(1, static_cast<int>((idleTimeout.count() + 59) / 60))),
+      clock_(clock ? std::move(clock) : [] { return std::chrono::steady_clock::now(); }),
+      onEnd_(std::move(onEnd)) {
   lastSweep_ = clock_();
 }
 
 bool SessionStore::Expired(const Entry& e, std::chrono::steady_clock::time_point now) const {
-  return e.users == 0 && now - e.lastUsed > idleTimeout_;
+  return e.users == 0 && now - e.lastUsed > std::chrono::minutes(e.session->TimeoutMinutes());
+}
+
+std::vector<std::shared_ptr<host::SessionObject>> SessionStore::TakeExpired(
+    std::chrono::steady_clock::time_point now) {
+  std::vector<std::shared_ptr<host::SessionObject>> ended;
+  lastSweep_ = now;
+  for (auto it = sessions_.begin(); it != sessions_.end();) {
+    if (Expired(*it->second, now)) {
+      ended.push_back(it->second->session);
+      it = sessions_.erase(it);
+    } else {
+      ++it;
+    }
+  }
+  return ended;
+}
+
+void SessionStore::Ended(const std::vector<std::shared_ptr<host::SessionObject>>& sessions) const {
+  if (onEnd_)
+    for (const auto& s : sessions) onEnd_(s);
 }
 
 SessionStore::Lease SessionStore::Acquire(std::string_view id) {
   std::shared_ptr<Entry> entry;
   std::string key;
   bool isNew = false;
+  std::vector<std::shared_ptr<host::SessionObject>> ended;
   {
     std::lock_guard lock(mu_);
     auto now = clock_();
-    if (now - lastSweep_ > std::chrono::seconds(60)) {
-      lastSweep_ = now;
-      for (auto it = sessions_.begin(); it != sessions_.end();)
-        it = Expired(*it->second, now) ? sessions_.erase(it) : std::next(it);
-    }
+    if (now - lastSweep_ > std::chrono::seconds(60)) ended = TakeExpired(now);
     if (IsWellFormedSessionId(id)) {
       auto it = sessions_.find(std::string(id));
       if (it != sessions_.end()) {
         if (Expired(*it->second, now)) {
+          ended.push_back(it->second->session);
           sessions_.erase(it);
         } else {
           entry = it->second;
@@ -72,12 +92,14 @@ SessionStore::Lease SessionStore::Acquire(std::string_view id) {
       entry = std::make_shared<Entry>();
       entry->session = std::make_shared<host::SessionObject>();
       entry->session->AssignID(key);
+      entry->session->SetTimeoutMinutes(timeoutMinutes_);
       entry->lastUsed = now;
       sessions_.emplace(key, entry);
       isNew = true;
     }
     ++entry->users;
   }
+  Ended(ended);
   return Lease(this, std::move(entry), std::move(key), isNew);
 }
 
@@ -117,12 +139,23 @@ void SessionStore::Release(const std::shared_ptr<Entry>& entry) {
   --entry->users;
 }
 
+void SessionStore::End(Lease& lease) {
+  {
+    std::lock_guard lock(mu_);
+    auto it = sessions_.find(lease.id_);
+    if (it == sessions_.end() || it->second != lease.entry_) return;
+    sessions_.erase(it);
+  }
+  Ended({lease.entry_->session});
+}
+
 void SessionStore::Sweep() {
-  std::lock_guard lock(mu_);
-  auto now = clock_();
-  lastSweep_ = now;
-  for (auto it = sessions_.begin(); it != sessions_.end();)
-    it = Expired(*it->second, now) ? sessions_.erase(it) : std::next(it);
+  std::vector<std::shared_ptr<host::SessionObject>> ended;
+  {
+    std::lock_guard lock(mu_);
+    ended = TakeExpired(clock_());
+  }
+  Ended(ended);
 }
 
 size_t SessionStore::Size() const {

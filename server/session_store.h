@@ -1,9 +1,11 @@
 // Web sessions: one host::Session per browser, found by an unguessable id in a cookie.
 //
-// A session lives until it has been idle for the timeout. The requests of one session are served one
-// at a time, as the original host did: Acquire() hands out a lease that holds the session's own mutex
-// for the whole page, so a second request of the same session waits for the first to finish, while
-// other sessions run in parallel on other threads.
+// A session lives until it has been idle for its timeout (the store's, unless a page set
+// Session.Timeout) or until a page abandons it. The requests of one session are served one at a
+// time, as the original host did: Acquire() hands out a lease that holds the session's own mutex for
+// the whole page, so a second request of the same session waits for the first to finish, while other
+// sessions run in parallel on other threads. A session that ends is handed to the store's `onEnd`
+// (the site's Session_OnEnd), outside the store's lock.
 #pragma once
 
 #include <chrono>
@@ -13,6 +15,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "corvane/host.h"
 
@@ -26,7 +29,9 @@ bool IsWellFormedSessionId(std::string_view id);
 class SessionStore {
  public:
   using Clock = std::function<std::chrono::steady_clock::time_point()>;
-  explicit SessionStore(std::chrono::seconds idleTimeout, Clock clock = nullptr);
+  using EndHandler = std::function<void(const std::shared_ptr<host::SessionObject>&)>;
+  // `idleTimeout` is given to every new session (whole minutes, at least one).
+  explicit SessionStore(std::chrono::seconds idleTimeout, Clock clock = nullptr, EndHandler onEnd = nullptr);
 
  private:
   struct Entry {
@@ -64,8 +69,10 @@ class SessionStore {
   // Moves the lease's session to a new id (the old one finds nothing any more) and marks the lease
   // new, so the response sets the cookie again.
   void Renew(Lease& lease);
-  // Drops the sessions idle longer than the timeout that no request holds. Acquire calls it now and
-  // then by itself.
+  // Ends the lease's session now (Session.Abandon): its id finds nothing any more, and onEnd gets it.
+  void End(Lease& lease);
+  // Drops the sessions idle longer than their timeout that no request holds, handing each to
+  // onEnd. Acquire calls it now and then by itself.
   void Sweep();
   size_t Size() const;
 
@@ -73,9 +80,13 @@ class SessionStore {
   void Release(const std::shared_ptr<Entry>& entry);
   std::string UnusedId() const;  // a new id no session has; the caller holds mu_
   bool Expired(const Entry& e, std::chrono::steady_clock::time_point now) const;
+  // Removes the expired sessions from the map; the caller holds mu_ and hands them to onEnd after.
+  std::vector<std::shared_ptr<host::SessionObject>> TakeExpired(std::chrono::steady_clock::time_point now);
+  void Ended(const std::vector<std::shared_ptr<host::SessionObject>>& sessions) const;
 
-  std::chrono::seconds idleTimeout_;
+  int timeoutMinutes_;
   Clock clock_;
+  EndHandler onEnd_;
   mutable std::mutex mu_;
   std::unordered_map<std::string, std::shared_ptr<Entry>> sessions_;
   std::chrono::steady_clock::time_point lastSweep_;

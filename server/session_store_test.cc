@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <vector>
 
 namespace corvane::server {
 namespace {
@@ -47,6 +48,31 @@ TEST(SessionStoreTest, IdleSessionsExpireUnlessInUse) {
   now += 21min;
   store.Sweep();
   EXPECT_EQ(store.Size(), 1u);  // only the session that a request holds is left
+}
+
+TEST(SessionStoreTest, SessionsEndOnTheirOwnTimeoutOrWhenAbandonedAndEachIsHandedOver) {
+  std::chrono::steady_clock::time_point now{};
+  std::vector<std::string> ended;
+  SessionStore store(
+      20min, [&now] { return now; },
+      [&ended](const std::shared_ptr<host::SessionObject>& s) { ended.push_back(s->SessionID()); });
+  std::string shortLived, normal = store.Acquire("").Id(), abandoned;
+  {
+    auto lease = store.Acquire("");
+    shortLived = lease.Id();
+    EXPECT_EQ(lease.Session().ptr()->TimeoutMinutes(), 20);
+    lease.Session().ptr()->SetTimeoutMinutes(5);  // as Session.Timeout = 5 does
+  }
+  {
+    auto lease = store.Acquire("");
+    abandoned = lease.Id();
+    store.End(lease);
+  }
+  now += 6min;
+  store.Sweep();
+  now += 15min;
+  store.Sweep();
+  EXPECT_EQ(ended, (std::vector<std::string>{abandoned, shortLived, normal}));
 }
 
 }  // namespace

@@ -68,6 +68,17 @@ std::string ContentTypeFor(std::string_view fileName) {
   return "application/octet-stream";
 }
 
+bool IsScriptSource(std::string_view name) {
+  name = name.substr(0, name.find(':'));
+  while (!name.empty() && (name.back() == '.' || name.back() == ' ')) name.remove_suffix(1);
+  size_t dot = name.rfind('.');
+  if (dot == std::string_view::npos) return false;
+  std::string_view ext = name.substr(dot + 1);
+  for (std::string_view hidden : {"asp", "asa", "inc", "cer"})
+    if (SameNoCase(ext, hidden)) return true;
+  return false;
+}
+
 StaticFiles::StaticFiles(fs::path root) {
   std::error_code ec;
   root_ = fs::canonical(root, ec);
@@ -119,8 +130,10 @@ std::optional<fs::path> StaticFiles::Resolve(std::string_view urlPath) const {
 
 std::optional<StaticReply> StaticFiles::Get(std::string_view urlPath, std::string_view ifNoneMatch,
                                             std::string_view ifModifiedSince) const {
+  std::string_view asked = urlPath.substr(urlPath.rfind('/') + 1);
+  if (IsScriptSource(asked)) return std::nullopt;
   std::optional<fs::path> file = Resolve(urlPath);
-  if (!file) return std::nullopt;
+  if (!file || IsScriptSource(file->filename().string())) return std::nullopt;
   struct stat st {};
   if (::stat(file->c_str(), &st) != 0) return std::nullopt;
 

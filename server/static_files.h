@@ -27,6 +27,11 @@ struct StaticReply {
 // GBK page loads would otherwise be read as GBK.
 std::string ContentTypeFor(std::string_view fileName);
 
+// Whether a file's source must never be sent: a script page, an include or an application file
+// (.asp, .asa, .inc, .cer in any case), whatever trailing dots or blanks or stream suffix
+// ("::$DATA") its name carries.
+bool IsScriptSource(std::string_view fileName);
+
 class StaticFiles {
  public:
   explicit StaticFiles(std::filesystem::path root);
@@ -35,8 +40,9 @@ class StaticFiles {
   // none, when a segment is "..", empty-named or hidden (".x"), or when it resolves outside the root.
   std::optional<std::filesystem::path> Resolve(std::string_view urlPath) const;
 
-  // The reply for a GET of `urlPath`, or nullopt (404). `ifNoneMatch` and `ifModifiedSince` are the
-  // request's conditional headers ("" when absent).
+  // The reply for a GET of `urlPath`, or nullopt (404; also for a script source, IsScriptSource, by
+  // the name asked for or the file's own). `ifNoneMatch` and `ifModifiedSince` are the request's
+  // conditional headers ("" when absent).
   std::optional<StaticReply> Get(std::string_view urlPath, std::string_view ifNoneMatch = "",
                                  std::string_view ifModifiedSince = "") const;
 

@@ -69,7 +69,9 @@ TEST(SessionValues, KeysAreCaseInsensitiveAndSharedAcrossPages) {
   EXPECT_EQ(session.Get("STRORDER").ToString(), "name");
   EXPECT_TRUE(session.Get("never").IsEmpty());
   session.Set("personID", Variant(3));
-  EXPECT_EQ(session.ptr()->Keys(), (std::vector<std::string>{"personID", "strOrder"}));
+  // Keys keep the order and the case they were first set with.
+  session.Set("STRORDER", Variant("id"));
+  EXPECT_EQ(session.ptr()->Keys(), (std::vector<std::string>{"strOrder", "personID"}));
 }
 
 TEST(ResponseWrites, EveryValueKindAndObjectsRefused) {

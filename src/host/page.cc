@@ -6,14 +6,18 @@ namespace corvane::host {
 Page::Page(PageRequest request, host::Session session, PageHost host)
     : context_(std::make_shared<ScriptingContext>()) {
   int codePage = request.codePage;
+  context_->server_ = std::make_shared<host::Server>();
+  context_->server_->currentPath_ = request.url;
   context_->request_ = std::make_shared<host::Request>(
       std::move(request.url), std::move(request.queryString), std::move(request.contentType),
       std::move(request.body), std::move(request.method), codePage, std::move(request.serverVariables));
-  context_->response_ = std::make_shared<host::Response>();
+  context_->response_ = std::make_shared<host::Response>(codePage);
   context_->session_ = session.ptr();
-  context_->server_ = std::make_shared<host::Server>();
+  context_->session_->AttachResponse(context_->response_);
   context_->server_->context_ = context_;
   context_->server_->createObject_ = std::move(host.createObject);
+  context_->server_->runPage_ = std::move(host.runPage);
+  context_->server_->siteFolder_ = std::move(host.siteFolder);
   context_->server_->codePage_ = codePage;
   context_->application_ =
       host.application ? std::move(host.application) : std::make_shared<host::Application>();
@@ -32,7 +36,10 @@ Variant Page::Context() const { return Variant(Object(context_)); }
 std::vector<EndPageError> Page::End() {
   if (ended_) return {};
   ended_ = true;
-  return context_->server_->EndPage();
+  std::vector<EndPageError> errors = context_->server_->EndPage();
+  context_->application_->UnlockAll();
+  context_->session_->AttachResponse({});
+  return errors;
 }
 
 }  // namespace corvane::host

@@ -1,3 +1,5 @@
+// Request: the query string, the urlencoded form, the cookies and the server variables of one request,
+// decoded in the page's code page, and the raw body.
 #include <algorithm>
 
 #include "corvane/error.h"
@@ -13,27 +15,34 @@ Request::Request(std::string url, std::string queryString, std::string contentTy
       contentType_(std::move(contentType)),
       body_(std::move(body)),
       method_(std::move(method)),
-      codePage_(codePage),
-      serverVariables_(std::move(serverVariables)) {
+      codePage_(codePage) {
   if (method_.empty()) method_ = body_.empty() ? "GET" : "POST";
   query_ = ParseUrlEncoded(queryString_, codePage_);
   // Only an urlencoded body fills Form; a multipart body is read raw (TotalBytes, BinaryRead).
   if (LCase(contentType_).rfind("application/x-www-form-urlencoded", 0) == 0)
     form_ = ParseUrlEncoded(body_, codePage_);
+  // The request's own variables first, then the host's (REMOTE_ADDR, the HTTP_* headers).
+  for (const char* name : {"URL", "PATH_INFO", "SCRIPT_NAME"}) serverVariables_.Add(name, url_);
+  serverVariables_.Add("QUERY_STRING", queryString_);
+  serverVariables_.Add("REQUEST_METHOD", method_);
+  serverVariables_.Add("CONTENT_TYPE", contentType_);
+  serverVariables_.Add("CONTENT_LENGTH", std::to_string(body_.size()));
+  for (auto& [name, value] : serverVariables) {
+    if (EqualsNoCase(name, "HTTP_COOKIE")) cookies_ = ParseCookies(value, codePage_);
+    serverVariables_.Add(std::move(name), std::move(value));
+  }
 }
 
 Variant Request::Form(std::string_view name) const { return form_.Item(name); }
 Variant Request::QueryString(std::string_view name) const { return query_.Item(name); }
+Variant Request::ServerVariables(std::string_view name) const { return serverVariables_.Item(name); }
+Variant Request::Cookies(std::string_view name) const { return cookies_.Item(name); }
 
-Variant Request::ServerVariables(std::string_view name) const {
-  std::string key = UCase(name);
-  if (key == "URL" || key == "PATH_INFO" || key == "SCRIPT_NAME") return Variant(url_);
-  if (key == "QUERY_STRING") return Variant(queryString_);
-  if (key == "REQUEST_METHOD") return Variant(method_);
-  if (key == "CONTENT_TYPE") return Variant(contentType_);
-  if (key == "CONTENT_LENGTH") return Variant(std::to_string(body_.size()));
-  for (const auto& [n, v] : serverVariables_)
-    if (EqualsNoCase(n, key)) return Variant(v);
+Variant Request::Item(std::string_view name) const {
+  for (const ValueCollection* c : {&query_, &form_, &cookies_, &serverVariables_}) {
+    Variant v = c->Item(name);
+    if (!v.IsEmpty()) return v;
+  }
   return Variant();
 }
 

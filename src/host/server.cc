@@ -1,10 +1,16 @@
-// Server: objects created for the page and attached to it, and the encoders.
-#include <cctype>
-
+// Server: objects created for the page and attached to it, the encoders, and the page's place in the
+// site (MapPath, Execute, Transfer).
 #include "corvane/error.h"
 #include "corvane/host.h"
 
 namespace corvane::host {
+
+namespace {
+
+// Server.Execute inside an executed page, and so on: deeper than this is a page executing itself.
+constexpr int kMaxExecuteDepth = 16;
+
+}  // namespace
 
 Object Server::CreateObject(std::string_view progID) {
   if (!createObject_) throw Error::CannotCreateObject(std::string(progID));
@@ -35,23 +41,12 @@ std::vector<EndPageError> Server::EndPage() {
   return errors;
 }
 
-std::string Server::URLEncode(std::string_view text) const {
-  static const char* hex = "0123456789ABCDEF";
-  std::string bytes = EncodeCodePage(text, codePage_);
-  std::string out;
-  for (unsigned char c : bytes) {
-    if (std::isalnum(c) || c == '-' || c == '_' || c == '.' || c == '*') {
-      out += static_cast<char>(c);
-    } else if (c == ' ') {
-      out += '+';
-    } else {
-      out += '%';
-      out += hex[c >> 4];
-      out += hex[c & 15];
-    }
-  }
-  return out;
+int Server::CodePage() const {
+  auto context = context_.lock();
+  return context ? context->Response()->CodePage() : codePage_;
 }
+
+std::string Server::URLEncode(std::string_view text) const { return UrlEncode(text, CodePage()); }
 
 std::string HtmlEncode(std::string_view s) {
   std::string out;
@@ -69,5 +64,45 @@ std::string HtmlEncode(std::string_view s) {
 }
 
 std::string Server::HTMLEncode(std::string_view text) const { return HtmlEncode(text); }
+
+std::string Server::MapPath(std::string_view path) const {
+  if (siteFolder_.empty()) throw HostError("Server.MapPath: the host has no site folder");
+  std::optional<std::string> sitePath = ResolveSitePath(currentPath_, path);
+  if (!sitePath) throw HostError("Server.MapPath: the path leaves the site or is not a site path");
+  return LocalPathIn(siteFolder_, *sitePath);
+}
+
+void Server::Execute(std::string_view path) {
+  if (!runPage_) throw HostError("Server.Execute: the host runs no script pages");
+  std::optional<std::string> sitePath = ResolveSitePath(currentPath_, path);
+  if (!sitePath) throw HostError("Server.Execute: the path leaves the site or is not a site path");
+  if (executeDepth_ >= kMaxExecuteDepth) throw HostError("Server.Execute: pages nested too deep");
+  auto context = context_.lock();
+  if (!context) throw Error::ObjectNotSet();
+  struct Nested {  // the executed page is the current one while it runs
+    Server& s;
+    std::string outer;
+    Nested(Server& server, std::string inner) : s(server), outer(std::move(server.currentPath_)) {
+      s.currentPath_ = std::move(inner);
+      ++s.executeDepth_;
+    }
+    ~Nested() {
+      s.currentPath_ = std::move(outer);
+      --s.executeDepth_;
+    }
+  } nested(*this, *sitePath);
+  runPage_(*sitePath, *context);
+}
+
+void Server::Transfer(std::string_view path) {
+  Execute(path);
+  if (auto context = context_.lock()) context->Response()->MarkEnded();
+  throw PageEnd{};
+}
+
+void Server::SetScriptTimeout(int seconds) {
+  if (seconds < 1) throw Error::InvalidCall();
+  scriptTimeout_ = seconds;
+}
 
 }  // namespace corvane::host

@@ -1,31 +1,21 @@
+// Session and Application: their values, the session's settings and the application's lock.
+#include "corvane/codepage.h"
 #include "corvane/error.h"
 #include "corvane/host.h"
-#include "corvane/text.h"
 
 namespace corvane::host {
 
-Variant SessionObject::Get(std::string_view key) const {
-  std::lock_guard lock(mu_);
-  auto it = items_.find(LCase(key));
-  return it == items_.end() ? Variant() : it->second.second;
+namespace {
+
+std::vector<Variant> KeysOf(const Contents& c) {
+  std::vector<Variant> keys;
+  for (std::string& k : c.Keys()) keys.emplace_back(std::move(k));
+  return keys;
 }
 
-void SessionObject::Set(std::string_view key, Variant value) {
-  std::lock_guard lock(mu_);
-  auto& slot = items_[LCase(key)];
-  if (slot.first.empty()) slot.first = std::string(key);
-  slot.second = std::move(value);
-}
+}  // namespace
 
-void SessionObject::Remove(std::string_view key) {
-  std::lock_guard lock(mu_);
-  items_.erase(LCase(key));
-}
-
-void SessionObject::Clear() {
-  std::lock_guard lock(mu_);
-  items_.clear();
-}
+std::vector<Variant> SessionObject::Elements() { return KeysOf(values_); }
 
 std::string SessionObject::SessionID() const {
   std::lock_guard lock(mu_);
@@ -48,22 +38,87 @@ bool SessionObject::NewIDRequested() const {
   return newIDRequested_;
 }
 
-std::vector<std::string> SessionObject::Keys() const {
+void SessionObject::Abandon() {
   std::lock_guard lock(mu_);
-  std::vector<std::string> keys;
-  for (const auto& [lower, entry] : items_) keys.push_back(entry.first);
-  return keys;
+  abandoned_ = true;
 }
 
-Variant Application::Get(std::string_view key) const {
+bool SessionObject::Abandoned() const {
   std::lock_guard lock(mu_);
-  auto it = items_.find(LCase(key));
-  return it == items_.end() ? Variant() : it->second;
+  return abandoned_;
 }
 
-void Application::Set(std::string_view key, Variant value) {
+int SessionObject::TimeoutMinutes() const {
   std::lock_guard lock(mu_);
-  items_[LCase(key)] = std::move(value);
+  return timeoutMinutes_;
+}
+
+void SessionObject::SetTimeoutMinutes(int minutes) {
+  if (minutes < 1) throw Error::InvalidCall();
+  std::lock_guard lock(mu_);
+  timeoutMinutes_ = minutes;
+}
+
+int SessionObject::CodePage() const {
+  std::lock_guard lock(mu_);
+  return codePage_;
+}
+
+void SessionObject::SetCodePage(int codePage) {
+  if (!IsSupportedCodePage(codePage)) throw Error::InvalidCall();
+  std::shared_ptr<host::Response> response;
+  {
+    std::lock_guard lock(mu_);
+    codePage_ = codePage;
+    response = response_.lock();
+  }
+  if (response) response->SetCodePage(codePage);
+}
+
+int32_t SessionObject::LCID() const {
+  std::lock_guard lock(mu_);
+  return lcid_;
+}
+
+void SessionObject::SetLCID(int32_t lcid) {
+  std::lock_guard lock(mu_);
+  lcid_ = lcid;
+}
+
+void SessionObject::AttachResponse(std::weak_ptr<host::Response> response) {
+  std::lock_guard lock(mu_);
+  response_ = std::move(response);
+}
+
+std::vector<Variant> Application::Elements() { return KeysOf(values_); }
+
+void Application::Lock() {
+  std::unique_lock lock(lockMu_);
+  const auto me = std::this_thread::get_id();
+  if (depth_ > 0 && owner_ == me) {
+    ++depth_;
+    return;
+  }
+  lockFree_.wait(lock, [this] { return depth_ == 0; });
+  owner_ = me;
+  depth_ = 1;
+}
+
+void Application::Unlock() {
+  std::lock_guard lock(lockMu_);
+  if (depth_ == 0 || owner_ != std::this_thread::get_id()) return;
+  if (--depth_ == 0) {
+    owner_ = {};
+    lockFree_.notify_all();
+  }
+}
+
+void Application::UnlockAll() {
+  std::lock_guard lock(lockMu_);
+  if (depth_ == 0 || owner_ != std::this_thread::get_id()) return;
+  depth_ = 0;
+  owner_ = {};
+  lockFree_.notify_all();
 }
 
 }  // namespace corvane::host

@@ -27,6 +27,16 @@ Variant ValueCollection::Item(std::string_view name) const {
   return joined.empty() ? Variant(*first) : Variant(std::move(joined));
 }
 
+std::vector<std::string> ValueCollection::Names() const {
+  std::vector<std::string> names;
+  for (const auto& [n, v] : items_) {
+    bool seen = false;
+    for (const std::string& m : names) seen = seen || EqualsNoCase(m, n);
+    if (!seen) names.push_back(n);
+  }
+  return names;
+}
+
 namespace {
 
 int HexValue(char c) {
@@ -70,6 +80,37 @@ ValueCollection ParseUrlEncoded(std::string_view text, int codePage) {
       out.Add(DecodeCodePage(PercentDecode(name), codePage), DecodeCodePage(PercentDecode(value), codePage));
     }
     pos = amp + 1;
+  }
+  return out;
+}
+
+ValueCollection ParseCookies(std::string_view header, int codePage) {
+  ValueCollection out;
+  for (const std::string& part : Split(header, ";")) {
+    std::string pair = Trim(part);
+    if (pair.empty()) continue;
+    size_t eq = pair.find('=');
+    std::string name = Trim(std::string_view(pair).substr(0, eq));
+    std::string value = eq == std::string::npos ? "" : pair.substr(eq + 1);
+    out.Add(DecodeCodePage(PercentDecode(name), codePage), DecodeCodePage(PercentDecode(value), codePage));
+  }
+  return out;
+}
+
+std::string UrlEncode(std::string_view text, int codePage) {
+  static const char* hex = "0123456789ABCDEF";
+  std::string bytes = EncodeCodePage(text, codePage);
+  std::string out;
+  for (unsigned char c : bytes) {
+    if (std::isalnum(c) || c == '-' || c == '_' || c == '.' || c == '*') {
+      out += static_cast<char>(c);
+    } else if (c == ' ') {
+      out += '+';
+    } else {
+      out += '%';
+      out += hex[c >> 4];
+      out += hex[c & 15];
+    }
   }
   return out;
 }

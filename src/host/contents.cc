@@ -1,0 +1,58 @@
+// Contents: the values of a Session or the Application, in the order they were first set.
+#include "corvane/host.h"
+#include "corvane/text.h"
+
+namespace corvane::host {
+
+Variant Contents::Get(std::string_view key) const {
+  std::lock_guard lock(mu_);
+  auto it = index_.find(LCase(key));
+  return it == index_.end() ? Variant() : items_[it->second].second;
+}
+
+void Contents::Set(std::string_view key, Variant value) {
+  std::lock_guard lock(mu_);
+  auto [it, added] = index_.try_emplace(LCase(key), items_.size());
+  if (added)
+    items_.emplace_back(std::string(key), std::move(value));
+  else
+    items_[it->second].second = std::move(value);
+}
+
+void Contents::Remove(std::string_view key) {
+  std::lock_guard lock(mu_);
+  auto it = index_.find(LCase(key));
+  if (it == index_.end()) return;
+  size_t at = it->second;
+  index_.erase(it);
+  items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(at));
+  for (auto& [k, position] : index_)
+    if (position > at) --position;
+}
+
+void Contents::Clear() {
+  std::lock_guard lock(mu_);
+  items_.clear();
+  index_.clear();
+}
+
+size_t Contents::Count() const {
+  std::lock_guard lock(mu_);
+  return items_.size();
+}
+
+std::vector<std::string> Contents::Keys() const {
+  std::lock_guard lock(mu_);
+  std::vector<std::string> keys;
+  keys.reserve(items_.size());
+  for (const auto& [key, value] : items_) keys.push_back(key);
+  return keys;
+}
+
+std::optional<std::pair<std::string, Variant>> Contents::At(size_t index) const {
+  std::lock_guard lock(mu_);
+  if (index >= items_.size()) return std::nullopt;
+  return items_[index];
+}
+
+}  // namespace corvane::host
