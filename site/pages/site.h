@@ -1,9 +1,7 @@
-// The demo office site: its database and its pages.
+// The demo office site: its database. Its pages are script pages (.asp) under site/www.
 #pragma once
 
 #include <string>
-
-#include "page_registry.h"
 
 namespace corvane::site {
 
@@ -11,8 +9,5 @@ namespace corvane::site {
 // access groups, a menu tree, notices and contacts) when the database has no "person" table yet.
 // Returns true when it seeded.
 bool PrepareDatabase(const std::string& connStr);
-
-// Registers every page of the site.
-void RegisterPages(server::PageRegistry& pages);
 
 }  // namespace corvane::site

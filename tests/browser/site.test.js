@@ -1,7 +1,8 @@
-// The demo site in headless Chromium: sign in, a table page (sort, page, edit, add, search, columns,
-// delete, debug, print), a person's calendar, a group's menu rights and members, and an upload with
-// a Chinese file name, on the GBK site and on a second site served in UTF-8 (code page 65001).
-// Every step checks what the page shows and what the database holds.
+// The demo site's script pages (site/www/*.asp) in headless Chromium: sign in, a table page (sort,
+// page, edit, add, search, columns, delete, debug, print), the staff page, a person's calendar and the
+// leaders' views, a group's menu rights and members, renaming and deleting a group, an upload with a
+// Chinese file name and signing out, on the GBK site and on a second site served in UTF-8 (code page
+// 65001). Every step checks what the page shows and what the database holds.
 //
 //   node site.test.js [path/to/corvane-server]     (or CORVANE_SERVER=...)
 // Screenshots go to CORVANE_SCREENSHOTS (default: build/browser-screenshots under the repository).
@@ -303,6 +304,44 @@ test('demo site', async (t) => {
     assert.equal(sql('select count(*) from accessPerson where accessGroupID=2 and accessPersonID=12'), '1');
   });
 
+  await t.test('renames and deletes a group', async () => {
+    const id = sql("select accessGroupID from AccessGroup where accessGroupName='测试组'");
+    await page.goto(base + '/permission/permission.asp');
+    await clickAndLoad(page.locator(`#groups a[href="permission.asp?ac=edit&id=${id}"]`));
+    assert.equal(await page.inputValue('form:has(input[value=rename]) input[name=name]'), '测试组');
+    await page.fill('form:has(input[value=rename]) input[name=name]', '测试组二');
+    await clickAndLoad(page.locator('form:has(input[value=rename]) input[type=submit]'));
+    assert.ok((await page.locator('.message').innerText()).includes('已改名为：测试组二'));
+    assert.equal(sql(`select accessGroupName from AccessGroup where accessGroupID=${id}`), '测试组二');
+    // A name with a quote is refused and changes nothing.
+    await page.goto(base + `/permission/permission.asp?ac=edit&id=${id}`);
+    await page.fill('form:has(input[value=rename]) input[name=name]', "x'y");
+    await clickAndLoad(page.locator('form:has(input[value=rename]) input[type=submit]'));
+    assert.ok((await page.locator('.message').innerText()).includes('不能含单引号'));
+    assert.equal(sql(`select accessGroupName from AccessGroup where accessGroupID=${id}`), '测试组二');
+
+    await clickAndLoad(page.locator(`#groups a[href="permission.asp?ac=del&id=${id}"]`));
+    assert.equal(sql(`select count(*) from AccessGroup where accessGroupID=${id}`), '0');
+    assert.equal(await page.locator('#groups tr').count(), Number(sql('select count(*) from AccessGroup where systemID=1')) + 1);
+  });
+
+  await t.test("lists the system's staff, and the leaders' views show everyone or the managers", async () => {
+    await page.goto(base + '/staff.asp');
+    const staff = Number(sql('select count(*) from person where systemID=1'));
+    assert.ok((await page.locator('#page').innerText()).includes(`共${staff}项`));
+
+    const people = sql('select personName||"|"||dutyID from person where systemID=1 and personGroupID<>7')
+        .split('\n').map((row) => row.split('|'));
+    const outsider = sql('select personName from person where systemID=2 limit 1');
+    await page.goto(base + '/scheduler/leaderWeek.asp');
+    let grid = await page.locator('body').innerText();
+    for (const [name] of people) assert.ok(grid.includes(name), name);
+    assert.ok(!grid.includes(outsider), outsider);
+    await page.goto(base + '/scheduler/leader2Month.asp');
+    grid = await page.locator('body').innerText();
+    for (const [name, duty] of people) assert.equal(grid.includes(name), Number(duty) <= 3, name);
+  });
+
   // An upload of a Chinese-named file with a Chinese remark: the file is found under its name.
   async function upload(site, db, driveRoot, name, remark, screenshot) {
     const file = path.join(work, name);
@@ -318,6 +357,20 @@ test('demo site', async (t) => {
   }
 
   await t.test('uploads a file with a Chinese name', () => upload(base, dbFile, drives, '测试文件.txt', '季度报告', '12-upload'));
+
+  await t.test('keeps the pages\' script to itself, and signs out', async () => {
+    for (const file of ['/include/common.inc', '/include/table.inc', '/Include/COMMON.INC']) {
+      const reply = await page.request.get(base + file);
+      assert.equal(reply.status(), 404, file);
+    }
+    assert.ok(!(await (await page.request.get(base + '/login.asp')).text()).includes('<%'));
+    await page.goto(base + '/logout.asp');
+    assert.match(page.url(), /\/login\.asp$/);
+    await page.goto(base + '/main.asp');
+    assert.match(page.url(), /\/login\.asp$/);
+    await page.goto(base + '/');
+    assert.match(page.url(), /\/login\.asp$/);
+  });
 
   await t.test('on a UTF-8 site too, where two Chinese names stay apart', async () => {
     const db = path.join(work, 'utf8.db'), driveRoot = path.join(work, 'utf8-drives');
