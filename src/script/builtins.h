@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "corvane/variant.h"
@@ -37,6 +38,8 @@ struct Builtin {
 
 // The built-in function of that name (case-insensitive), or nullptr.
 const Builtin* FindBuiltin(std::string_view name);
+// TypeName's answer: the kind's name ("Integer", "Variant()"), an object's class name, "Nothing".
+std::string TypeNameOf(const Variant& v);
 // The value of a named constant (vbCrLf, vbTextCompare, vbSunday, ...; case-insensitive), or nullptr.
 const Variant* FindConstant(std::string_view name);
 

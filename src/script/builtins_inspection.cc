@@ -2,27 +2,16 @@
 #include "runtime/number_text.h"
 #include "script/builtins_support.h"
 
-namespace corvane::script::builtins {
-namespace {
+namespace corvane::script {
 
-Variant IsArray(BuiltinContext&, Args& a) { return Variant(a[0].IsArray() || a[0].IsBytes()); }
-Variant IsEmpty(BuiltinContext&, Args& a) { return Variant(a[0].IsEmpty()); }
-Variant IsNull(BuiltinContext&, Args& a) { return Variant(a[0].IsNull()); }
-Variant IsObject(BuiltinContext&, Args& a) { return Variant(a[0].IsObject()); }
-
-// Only a Date, or a text that reads as one: a number is not a date here, though CDate takes it.
-Variant IsDate(BuiltinContext&, Args& a) {
-  return Variant(a[0].IsDate() || (a[0].IsString() && ReadDate(a[0]).has_value()));
-}
-
-// Numbers, Booleans and Empty are numeric, and a text that CDbl reads; a Date is not.
-Variant IsNumeric(BuiltinContext&, Args& a) {
-  const Variant& v = a[0];
-  if (const std::string* s = v.StringPtr()) return Variant(ParseNumberText(*s).has_value());
-  return Variant(v.IsNumber() || v.IsEmpty());
-}
-
-std::string_view TypeNameOf(const Variant& v) {
+// An object gives its class name ("Nothing" for no object).
+std::string TypeNameOf(const Variant& v) {
+  if (v.IsObject()) {
+    const Object o = v.ToObject();
+    if (o.IsNothing()) return "Nothing";
+    std::string_view name = o.get()->Info().className;
+    return name.empty() ? "Object" : std::string(name);
+  }
   switch (v.Type()) {
     case vtEmpty: return "Empty";
     case vtNull: return "Null";
@@ -42,14 +31,27 @@ std::string_view TypeNameOf(const Variant& v) {
   }
 }
 
-// An object gives its class name ("Nothing" for no object).
-Variant TypeName(BuiltinContext&, Args& a) {
-  if (a[0].IsObject()) {
-    const Object o = a[0].ToObject();
-    return Variant(o.IsNothing() ? std::string_view("Nothing") : o.get()->Info().className);
-  }
-  return Variant(TypeNameOf(a[0]));
+namespace builtins {
+namespace {
+
+Variant IsArray(BuiltinContext&, Args& a) { return Variant(a[0].IsArray() || a[0].IsBytes()); }
+Variant IsEmpty(BuiltinContext&, Args& a) { return Variant(a[0].IsEmpty()); }
+Variant IsNull(BuiltinContext&, Args& a) { return Variant(a[0].IsNull()); }
+Variant IsObject(BuiltinContext&, Args& a) { return Variant(a[0].IsObject()); }
+
+// Only a Date, or a text that reads as one: a number is not a date here, though CDate takes it.
+Variant IsDate(BuiltinContext&, Args& a) {
+  return Variant(a[0].IsDate() || (a[0].IsString() && ReadDate(a[0]).has_value()));
 }
+
+// Numbers, Booleans and Empty are numeric, and a text that CDbl reads; a Date is not.
+Variant IsNumeric(BuiltinContext&, Args& a) {
+  const Variant& v = a[0];
+  if (const std::string* s = v.StringPtr()) return Variant(ParseNumberText(*s).has_value());
+  return Variant(v.IsNumber() || v.IsEmpty());
+}
+
+Variant TypeName(BuiltinContext&, Args& a) { return Variant(TypeNameOf(a[0])); }
 
 Variant VarType(BuiltinContext&, Args& a) { return Variant(static_cast<int16_t>(a[0].Type())); }
 
@@ -63,4 +65,5 @@ constexpr Builtin kBuiltins[] = {
 
 std::span<const Builtin> InspectionBuiltins() { return kBuiltins; }
 
-}  // namespace corvane::script::builtins
+}  // namespace builtins
+}  // namespace corvane::script

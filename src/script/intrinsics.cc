@@ -2,6 +2,7 @@
 // CreateObject, and the ones that look at objects as they are (IsObject, TypeName, VarType, ...).
 #include "corvane/error.h"
 #include "corvane/text.h"
+#include "script/builtins.h"
 #include "script/nodes.h"
 #include "script/run_core.h"
 #include "script/vbs_errors.h"
@@ -33,32 +34,6 @@ constexpr IntrinsicName kIntrinsics[] = {
     {"scriptengineminorversion", Intrinsic::ScriptEngineMinorVersion, 0, 0},
     {"scriptenginebuildversion", Intrinsic::ScriptEngineBuildVersion, 0, 0},
 };
-
-std::string TypeNameOf(const Variant& v) {
-  if (v.IsObject()) {
-    Object o = v.ToObject();
-    if (o.IsNothing()) return "Nothing";
-    std::string_view name = o.get()->Info().className;
-    return name.empty() ? "Object" : std::string(name);
-  }
-  switch (v.Type()) {
-    case vtEmpty: return "Empty";
-    case vtNull: return "Null";
-    case vtInteger: return "Integer";
-    case vtLong: return "Long";
-    case vtSingle: return "Single";
-    case vtDouble: return "Double";
-    case vtCurrency: return "Currency";
-    case vtDate: return "Date";
-    case vtString: return "String";
-    case vtBoolean: return "Boolean";
-    case vtByte: return "Byte";
-    case vtError: return "Error";
-    case vtVariantArray: return "Variant()";
-    case vtByteArray: return "Byte()";
-    default: return "Unknown";
-  }
-}
 
 int VarTypeOf(const Variant& v) {
   if (!v.IsObject()) return v.Type();

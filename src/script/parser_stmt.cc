@@ -11,6 +11,23 @@ namespace corvane::script {
 
 namespace {
 
+// Whether `e` reads the very variable `target` names (the same local slot or the same global).
+bool SameVariable(const Expr& target, const Expr& e) {
+  if (auto* l = dynamic_cast<const LocalExpr*>(&target)) {
+    auto* o = dynamic_cast<const LocalExpr*>(&e);
+    return o && o->slot() == l->slot();
+  }
+  if (auto* g = dynamic_cast<const GlobalExpr*>(&target)) {
+    auto* o = dynamic_cast<const GlobalExpr*>(&e);
+    return o && o->index() == g->index();
+  }
+  return false;
+}
+
+}  // namespace
+
+namespace {
+
 bool EndsBlock(const Token& t) {
   if (t.kind == Tok::End) return true;
   if (t.kind != Tok::Keyword) return false;
@@ -176,37 +193,14 @@ void Parser::AssignOrCall(script::Block& into, bool isSet, bool isCall) {
     ExprPtr value = Expression();
     if (pass_ != 2) return;
     ExprPtr target = BuildTarget(std::move(tail));
-    // s = s & a & b: appends in place.
-    if (!isSet) {
-      if (auto* local = dynamic_cast<LocalExpr*>(target.get())) {
-        if (auto* cat = dynamic_cast<ConcatExpr*>(value.get())) {
-          auto same = [&](const ExprPtr& e) {
-            auto* l = dynamic_cast<const LocalExpr*>(e.get());
-            return l && l->slot() == local->slot();
-          };
-          if (same(cat->parts().front()) &&
-              std::none_of(cat->parts().begin() + 1, cat->parts().end(), same)) {
-            ExprList parts = cat->TakeParts();
-            parts.erase(parts.begin());
-            into.stmts.push_back(std::make_unique<AppendStmt>(p, std::move(target), std::move(parts)));
-            return;
-          }
-        }
-      }
-      if (auto* global = dynamic_cast<GlobalExpr*>(target.get())) {
-        if (auto* cat = dynamic_cast<ConcatExpr*>(value.get())) {
-          auto same = [&](const ExprPtr& e) {
-            auto* g = dynamic_cast<const GlobalExpr*>(e.get());
-            return g && g->index() == global->index();
-          };
-          if (same(cat->parts().front()) &&
-              std::none_of(cat->parts().begin() + 1, cat->parts().end(), same)) {
-            ExprList parts = cat->TakeParts();
-            parts.erase(parts.begin());
-            into.stmts.push_back(std::make_unique<AppendStmt>(p, std::move(target), std::move(parts)));
-            return;
-          }
-        }
+    // s = s & a & b, with s a variable that a & b do not read: appends in place.
+    if (auto* cat = isSet ? nullptr : dynamic_cast<ConcatExpr*>(value.get())) {
+      auto same = [&](const ExprPtr& e) { return SameVariable(*target, *e); };
+      if (same(cat->parts().front()) && std::none_of(cat->parts().begin() + 1, cat->parts().end(), same)) {
+        ExprList parts = cat->TakeParts();
+        parts.erase(parts.begin());
+        into.stmts.push_back(std::make_unique<AppendStmt>(p, std::move(target), std::move(parts)));
+        return;
       }
     }
     into.stmts.push_back(std::make_unique<AssignStmt>(p, std::move(target), std::move(value), isSet));
