@@ -19,7 +19,7 @@ printf '%-14s %12s %12s %8s\n' program "corvane ms" "lua5.4 ms" ratio
 for p in numeric_loop:NumericLoop string_loop:StringLoop fib25:Fib25; do
   name=${p%%:*} bench=${p#*:}
   # The fastest of the five repetitions (the real_time column, in ms).
-  ms=$(printf '%s\n' "$ours" | awk -F, -v b="\"$bench/repeats:5\"" '$1 == b { print $3 }' | sort -g | head -1)
+  ms=$(printf '%s\n' "$ours" | awk -F, -v b="\"$bench\"" '$1 == b { print $3 }' | sort -g | head -1)
   l=$(printf '%s\n' "$lua" | awk -v n="$name" '$1 == n { print $2 }')
   awk -v n="$name" -v a="$ms" -v b="$l" 'BEGIN { printf "%-14s %12.2f %12.2f %8.2f\n", n, a, b, a / b }'
 done
