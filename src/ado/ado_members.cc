@@ -14,12 +14,6 @@ namespace {
 
 constexpr int32_t kClosed = 0, kOpen = 1;  // ObjectStateEnum
 
-// An optional whole-number argument (cursor type, options): `fallback` when left out.
-int32_t OptionalLong(const Args& args, size_t i, int32_t fallback = -1) {
-  const Variant& v = OptionalArg(args, i);
-  return v.IsMissing() || v.IsEmpty() ? fallback : v.ToLong();
-}
-
 // An optional text argument (user name, password): "" when left out.
 std::string OptionalText(const Args& args, size_t i) {
   const Variant& v = OptionalArg(args, i);
@@ -55,7 +49,7 @@ const ClassInfo& ConnectionClass() {
                                  [](Connection& c, Args& a) {
                                    const Variant& cs = OptionalArg(a, 0);
                                    c.Open(cs.IsMissing() ? c.ConnectionString() : cs.Text(),
-                                          OptionalText(a, 1), OptionalText(a, 2), OptionalLong(a, 3));
+                                          OptionalText(a, 1), OptionalText(a, 2), OptionalLong(a, 3, -1));
                                  }),
               Method<Connection>("Close", 2, [](Connection& c, Args&) { c.Close(); }),
               Method<Connection>("Execute", 3, [](Connection& c, Args& a) { return Execute(c, a); }),
@@ -79,8 +73,8 @@ const ClassInfo& RecordsetClass() {
                   [](Recordset&, Args&, const Variant&) { throw Error::RecordsetReadOnly(); }),
               Method<Recordset>("Open", 1,
                                 [](Recordset& r, Args& a) {
-                                  r.Open(Arg(a, 0).Text(), OptionalArg(a, 1), OptionalLong(a, 2),
-                                         OptionalLong(a, 3), OptionalLong(a, 4));
+                                  r.Open(Arg(a, 0).Text(), OptionalArg(a, 1), OptionalLong(a, 2, -1),
+                                         OptionalLong(a, 3, -1), OptionalLong(a, 4, -1));
                                 }),
               Method<Recordset>("Close", 2, [](Recordset& r, Args&) { r.Close(); }),
               Reader<Recordset>("EOF", 3, [](Recordset& r) { return r.Eof(); }),

@@ -28,6 +28,13 @@ inline const Variant& OptionalArg(const Args& args, size_t i) {
   return i < args.size() ? args[i] : missing;
 }
 
+// An optional whole-number argument (a mode, a count, options): `fallback` when the caller left it
+// out or passed Empty.
+inline int32_t OptionalLong(const Args& args, size_t i, int32_t fallback) {
+  const Variant& v = OptionalArg(args, i);
+  return v.IsMissing() || v.IsEmpty() ? fallback : v.ToLong();
+}
+
 // Argument i for a parameter taken by reference: the caller's own Variant. Raises 449 when absent.
 inline Variant& RefArg(Args& args, size_t i) {
   if (i >= args.size() || args[i].IsMissing()) throw Error::ArgumentNotOptional();

@@ -37,28 +37,26 @@ inline bool IsIntegral(NumKind k) { return k == NumKind::Integer || k == NumKind
 inline bool IsArithmetic(NumKind k) { return IsIntegral(k) || k == NumKind::Double; }
 inline double AsDouble(const Num& n) { return n.kind == NumKind::Double ? n.d : n.i; }
 
-// dst = src (a copy; numbers without the Variant's general copy).
-inline void CopyValue(Variant& dst, const Variant& src) {
+// dst = src when src is a number, stored without the Variant's general copy; false otherwise.
+[[gnu::always_inline]] inline bool CopyNumber(Variant& dst, const Variant& src) {
   Num n = ReadNum(src);
   switch (n.kind) {
-    case NumKind::Integer: SetInteger(dst, static_cast<int16_t>(n.i)); return;
-    case NumKind::Long: SetLong(dst, n.i); return;
-    case NumKind::Double: SetDouble(dst, n.d); return;
-    case NumKind::Boolean: SetBoolean(dst, n.i != 0); return;
-    default: dst = src;
+    case NumKind::Integer: SetInteger(dst, static_cast<int16_t>(n.i)); return true;
+    case NumKind::Long: SetLong(dst, n.i); return true;
+    case NumKind::Double: SetDouble(dst, n.d); return true;
+    case NumKind::Boolean: SetBoolean(dst, n.i != 0); return true;
+    default: return false;
   }
+}
+
+// dst = src (a copy).
+inline void CopyValue(Variant& dst, const Variant& src) {
+  if (!CopyNumber(dst, src)) dst = src;
 }
 
 // dst = std::move(src), src left as it may be.
 inline void MoveValue(Variant& dst, Variant& src) {
-  Num n = ReadNum(src);
-  switch (n.kind) {
-    case NumKind::Integer: SetInteger(dst, static_cast<int16_t>(n.i)); return;
-    case NumKind::Long: SetLong(dst, n.i); return;
-    case NumKind::Double: SetDouble(dst, n.d); return;
-    case NumKind::Boolean: SetBoolean(dst, n.i != 0); return;
-    default: dst = std::move(src);
-  }
+  if (!CopyNumber(dst, src)) dst = std::move(src);
 }
 
 // Room for an intermediate value, reused by the node that owns it.

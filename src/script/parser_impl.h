@@ -86,6 +86,7 @@ class Parser {
   void If(script::Block& into);
   void Select(script::Block& into);
   void For(script::Block& into);
+  void LoopBody(script::Block& body);
   void Do(script::Block& into);
   void While(script::Block& into);
   void With(script::Block& into);

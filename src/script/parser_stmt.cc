@@ -338,14 +338,7 @@ void Parser::For(script::Block& into) {
     stmt->var = LoopVariable();
     Expect(Kw::In, kExpectedIn);
     stmt->collection = Expression();
-    EndOfStatement();
-    ++forDepth_;
-    Block(stmt->body);
-    --forDepth_;
-    Expect(Kw::Next, kExpectedNext);
-    if (Peek().kind == Tok::Identifier) Next();
-    --blockDepth_;
-    EndOfStatement();
+    LoopBody(stmt->body);
     if (pass_ == 2) into.stmts.push_back(std::move(stmt));
     return;
   }
@@ -358,15 +351,20 @@ void Parser::For(script::Block& into) {
   stmt->to = Expression();
   stopAtStep_ = false;
   if (AcceptWord("step")) stmt->step = Expression();
+  LoopBody(stmt->body);
+  if (pass_ == 2) into.stmts.push_back(std::move(stmt));
+}
+
+// A For loop's body, from the end of its head to "Next [name]" and the end of that statement.
+void Parser::LoopBody(script::Block& body) {
   EndOfStatement();
   ++forDepth_;
-  Block(stmt->body);
+  Block(body);
   --forDepth_;
   Expect(Kw::Next, kExpectedNext);
   if (Peek().kind == Tok::Identifier) Next();
   --blockDepth_;
   EndOfStatement();
-  if (pass_ == 2) into.stmts.push_back(std::move(stmt));
 }
 
 void Parser::Do(script::Block& into) {

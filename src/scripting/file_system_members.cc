@@ -15,7 +15,8 @@ bool OptionalBool(const Args& a, size_t i, bool fallback) {
   return v.IsMissing() ? fallback : v.ToBool();
 }
 
-int32_t OptionalLong(const Args& a, size_t i, int32_t fallback) {
+// An optional number where Empty counts as 0, not as left out (unlike OptionalLong).
+int32_t LongUnlessMissing(const Args& a, size_t i, int32_t fallback) {
   const Variant& v = OptionalArg(a, i);
   return v.IsMissing() ? fallback : v.ToLong();
 }
@@ -55,8 +56,8 @@ const ClassInfo& FileSystemObjectClass() {
               Method<F>("MoveFile", 10013, [](F&, Args& a) { fso::MoveFile(Text(a, 0), Text(a, 1)); }),
               Method<F>("OpenTextFile", 10014,
                         [](F&, Args& a) {
-                          return fso::OpenTextFile(Text(a, 0), OptionalLong(a, 1, 1),
-                                                   OptionalBool(a, 2, false), OptionalLong(a, 3, 0));
+                          return fso::OpenTextFile(Text(a, 0), LongUnlessMissing(a, 1, 1),
+                                                   OptionalBool(a, 2, false), LongUnlessMissing(a, 3, 0));
                         }),
               Method<F>("CreateTextFile", 10015,
                         [](F&, Args& a) {
@@ -87,8 +88,8 @@ const ClassInfo& File::Info() const {
               Method<File>("Move", 1006, [](File& f, Args& a) { f.Move(Text(a, 0)); }),
               Method<File>("OpenAsTextStream", 1007,
                            [](File& f, Args& a) {
-                             return fso::OpenTextFile(f.Path().shown, OptionalLong(a, 0, 1), false,
-                                                      OptionalLong(a, 1, 0));
+                             return fso::OpenTextFile(f.Path().shown, LongUnlessMissing(a, 0, 1), false,
+                                                      LongUnlessMissing(a, 1, 0));
                            }),
           },
   };

@@ -7,11 +7,6 @@ namespace corvane::scripting {
 
 namespace {
 
-int32_t OptionalLong(const Args& a, size_t i, int32_t fallback) {
-  const Variant& v = OptionalArg(a, i);
-  return v.IsMissing() || v.IsEmpty() ? fallback : v.ToLong();
-}
-
 // Open([Source], [Mode], ...): only a stream of its own, in memory; a Source (a URL or a record)
 // is refused.
 void Open(Stream& s, const Args& a) {
