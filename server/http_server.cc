@@ -13,6 +13,8 @@
 #include <thread>
 
 #include "corvane/text.h"
+#include "cross_site.h"
+#include "error_page.h"
 #include "page_runner.h"
 #include "script_host.h"
 #include "session_store.h"
@@ -79,6 +81,15 @@ bool IsScriptPagePath(std::string_view path) {
   return path.size() > 4 && EqualsNoCase(path.substr(path.size() - 4), ".asp");
 }
 
+// A short page of the host's own: a status and what it means.
+void SetStatusPage(httplib::Response& res, int status, std::string_view title, std::string_view message) {
+  res.status = status;
+  std::string body = "<html><body><h2>" + std::to_string(status) + " " + std::string(title) + "</h2>";
+  if (!message.empty()) body += "<p>" + host::HtmlEncode(message) + "</p>";
+  res.set_header("Cache-Control", "private, no-cache");
+  res.set_content(body + "</body></html>", "text/html; charset=utf-8");
+}
+
 // An error line on stderr, whole even when several threads write at once.
 void LogError(const std::string& line) {
   std::fprintf(stderr, "%s\n", line.c_str());
@@ -93,8 +104,10 @@ void LogLine(const httplib::Request& req, const httplib::Response& res) {
   char when[32];
   std::strftime(when, sizeof when, "%d/%b/%Y:%H:%M:%S %z", &tm);
   std::lock_guard lock(mu);
-  std::fprintf(stdout, "%s - - [%s] \"%s %s %s\" %d %zu\n", req.remote_addr.c_str(), when, req.method.c_str(),
-               req.target.c_str(), req.version.c_str(), res.status, res.body.size());
+  // The request line is the client's: its control bytes must not forge log lines.
+  std::fprintf(stdout, "%s - - [%s] \"%s %s %s\" %d %zu\n", req.remote_addr.c_str(), when,
+               EscapeForLog(req.method).c_str(), EscapeForLog(req.target).c_str(),
+               EscapeForLog(req.version).c_str(), res.status, res.body.size());
   std::fflush(stdout);
 }
 
@@ -103,6 +116,7 @@ void LogLine(const httplib::Request& req, const httplib::Response& res) {
 struct HttpServer::Impl {
   ServerOptions options;
   PageRegistry pages;
+  PageGuard guard;
   host::PageHost pageHost;
   std::vector<std::string> secrets;
   StaticFiles files;
@@ -131,6 +145,11 @@ struct HttpServer::Impl {
     // A reply goes out as two writes (head, then body); without TCP_NODELAY the second waits for the
     // client's delayed ACK, some 40 ms per request on a kept-alive connection.
     http.set_tcp_nodelay(true);
+    // Every reply, pages, files and errors alike: no guessing of content types, no framing by other
+    // sites, no full addresses sent to other sites.
+    http.set_default_headers({{"X-Content-Type-Options", "nosniff"},
+                              {"Content-Security-Policy", "frame-ancestors 'self'"},
+                              {"Referrer-Policy", "same-origin"}});
     // A worker keeps its connection while the client keeps it alive; the idle limit lets queued
     // connections in when there are more than workers. The request limit is high because every
     // reconnect goes through httplib's listen backlog of 5: under load, frequent reconnects overflow
@@ -187,6 +206,14 @@ struct HttpServer::Impl {
   }
 
   void Serve(const httplib::Request& req, httplib::Response& res, std::string body) {
+    if (IsWriteRequest(req.method, QueryOf(req)) &&
+        IsCrossSite([&](std::string_view name) { return req.get_header_value(std::string(name).c_str()); })) {
+      LogError(EscapeForLog("corvane-server: 403 " + req.method + " " + req.path + " from " +
+                            req.remote_addr + ": a write started by another site"));
+      SetStatusPage(res, 403, "跨站请求被拒绝 (cross-site request refused)",
+                    "A page of another site asked for this change; it was not made.");
+      return;
+    }
     if (const PageFunction* page = pages.Find(req.path)) {
       ServePage(*page, req, res, std::move(body));
       return;
@@ -232,11 +259,13 @@ struct HttpServer::Impl {
                  std::string body) {
     SessionStore::Lease lease = sessions.Acquire(CookieValue(req.get_header_value("Cookie"), kSessionCookie));
     bool newSession = lease.IsNew();
-    PageReply reply = RunPage(page, RequestOf(req.path, req, std::move(body), options.codePage),
-                              lease.Session(), pageHost, secrets, [&](host::Page& p) {
-                                scripts.StartApplication();
-                                if (newSession) scripts.StartSession(p);
-                              });
+    host::PageRequest request = RequestOf(req.path, req, std::move(body), options.codePage);
+    if (!Guard(req.path, req, res, lease, request.serverVariables)) return;
+    PageReply reply =
+        RunPage(page, std::move(request), lease.Session(), pageHost, secrets, [&](host::Page& p) {
+          scripts.StartApplication();
+          if (newSession) scripts.StartSession(p);
+        });
     Send(req, res, lease, std::move(reply));
   }
 
@@ -266,6 +295,7 @@ struct HttpServer::Impl {
     request.serverVariables.emplace_back("PATH_TRANSLATED",
                                          host::LocalPathIn(files.Root().string(), page->sitePath));
     request.serverVariables.emplace_back("APPL_PHYSICAL_PATH", files.Root().string() + "/");
+    if (!Guard(page->sitePath, req, res, lease, request.serverVariables)) return;
     PageReply reply = RunInPage(
         std::move(request), lease.Session(), pageHost,
         [&](host::Page& p) {
@@ -276,10 +306,36 @@ struct HttpServer::Impl {
     Send(req, res, lease, std::move(reply));
   }
 
+  // The site's rule for the page at `sitePath`: true when the page may run (its server variables
+  // then get the rule's); otherwise the refusal is sent and logged.
+  bool Guard(const std::string& sitePath, const httplib::Request& req, httplib::Response& res,
+             SessionStore::Lease& lease, host::NameValues& serverVariables) {
+    if (!guard) return true;
+    GuardVerdict v = guard({.method = req.method,
+                            .sitePath = sitePath,
+                            .session = *lease.Session().ptr(),
+                            .remoteAddr = req.remote_addr});
+    if (!v.logLine.empty()) LogError(EscapeForLog("corvane-server: " + v.logLine));
+    if (v.status == 0) {
+      for (auto& nv : v.serverVariables) serverVariables.push_back(std::move(nv));
+      return true;
+    }
+    if (v.status == 302) {
+      res.status = 302;
+      res.set_header("Location", v.location);
+      res.set_header("Cache-Control", "private, no-cache");
+    } else {
+      SetStatusPage(res, v.status, v.status == 403 ? "没有权限 (forbidden)" : "", v.message);
+    }
+    return false;
+  }
+
   // Logs what the page's run reported, ends or renews its session as the page asked, and sends the
   // reply with the session's cookie when the session is new.
   void Send(const httplib::Request& req, httplib::Response& res, SessionStore::Lease& lease,
             PageReply reply) {
+    for (const std::string& line : reply.logEntries)
+      LogError(EscapeForLog("corvane-server: " + req.path + ": " + line));
     if (!reply.errorLog.empty()) LogError(reply.errorLog);
     for (const host::EndPageError& e : reply.endPageErrors) LogError(EndPageErrorLine(req.path, e));
     std::shared_ptr<host::SessionObject> session = lease.Session().ptr();
@@ -288,8 +344,8 @@ struct HttpServer::Impl {
     } else {
       if (session->NewIDRequested()) sessions.Renew(lease);
       if (lease.IsNew())
-        res.set_header("Set-Cookie",
-                       std::string(kSessionCookie) + "=" + lease.Id() + "; Path=/; HttpOnly; SameSite=Lax");
+        res.set_header("Set-Cookie", std::string(kSessionCookie) + "=" + lease.Id() +
+                                         "; Path=/; HttpOnly; SameSite=Strict");
     }
     bool cacheControl = false;
     for (const auto& [name, value] : reply.headers) {
@@ -335,6 +391,8 @@ void HttpServer::Stop() {
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   impl_->http.stop();
 }
+
+void HttpServer::SetPageGuard(PageGuard guard) { impl_->guard = std::move(guard); }
 
 size_t HttpServer::SessionCount() const { return impl_->sessions.Size(); }
 

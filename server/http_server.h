@@ -4,7 +4,11 @@
 // and writes the access log. A folder's path ("/d/") runs its default.asp.
 //
 // A page request runs inside its session's lease (session_store.h), so the pages of one session run
-// one at a time. A new session gets its cookie (HttpOnly, SameSite=Lax) on the reply.
+// one at a time. A new session gets its cookie (HttpOnly, SameSite=Strict) on the reply.
+//
+// Before any page runs, a write that another site started is refused (cross_site.h) and the site's
+// rule for pages is asked (page_guard.h). Every reply carries nosniff, frame-ancestors 'self' and
+// Referrer-Policy same-origin.
 #pragma once
 
 #include <memory>
@@ -13,6 +17,7 @@
 
 #include "corvane/host.h"
 #include "options.h"
+#include "page_guard.h"
 #include "page_registry.h"
 
 namespace corvane::server {
@@ -32,6 +37,9 @@ class HttpServer {
   ~HttpServer();
   HttpServer(const HttpServer&) = delete;
   HttpServer& operator=(const HttpServer&) = delete;
+
+  // The site's rule for its pages; set before Run().
+  void SetPageGuard(PageGuard guard);
 
   // Binds the address and port of the options (port 0: a free one). Returns the port, or raises
   // std::runtime_error when the address cannot be bound.

@@ -30,6 +30,7 @@ PageReply RunInPage(host::PageRequest request, host::Session session, host::Page
     // page's own error is the one shown.
     PageReply reply = ErrorReply(e, url, page.Response().CodePage(), secrets);
     reply.endPageErrors = page.End();
+    reply.logEntries = page.Response().LogEntries();
     return reply;
   }
   PageReply reply;
@@ -39,6 +40,7 @@ PageReply RunInPage(host::PageRequest request, host::Session session, host::Page
   reply.contentType = r.ReplyContentType();
   reply.body = r.ReplyBody();
   reply.headers = r.ReplyHeaders();
+  reply.logEntries = r.LogEntries();
   return reply;
 }
 

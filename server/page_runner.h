@@ -25,6 +25,8 @@ struct PageReply {
   std::vector<host::EndPageError> endPageErrors;
   // The log line of the error that gave the error page; "" when the page ran.
   std::string errorLog;
+  // What the page gave Response.AppendToLog, also when it failed afterwards.
+  std::vector<std::string> logEntries;
 };
 
 // Runs `body` in a host::Page bound to the request. A corvane::Error it raises gives the error page

@@ -198,6 +198,9 @@ class Response : public Dispatch {
   std::string ReplyBody() const;
 
   const std::vector<std::string>& Writes() const { return writes_; }
+  // Response.AppendToLog: lines for the host's log, in order.
+  void AppendToLog(std::string text) { log_.push_back(std::move(text)); }
+  const std::vector<std::string>& LogEntries() const { return log_; }
   std::string Output() const;  // UTF-8 text writes joined (binary writes excluded)
   const std::string& Binary() const { return binary_; }
 
@@ -214,6 +217,7 @@ class Response : public Dispatch {
   std::string cacheControl_;
   std::vector<std::shared_ptr<ResponseCookie>> cookies_;
   std::vector<std::string> writes_;
+  std::vector<std::string> log_;
   std::string binary_;
   bool ended_ = false;
 };

@@ -158,7 +158,8 @@ const ClassInfo& Response::Info() const {
               ReadWrite<Response>(
                   "CacheControl", 18, [](Response& r, Args&) { return r.CacheControl(); },
                   [](Response& r, Args&, const Variant& v) { r.SetCacheControl(v.ToString()); }),
-              Method<Response>("AppendToLog", 19, [](Response&, Args&) {}),
+              Method<Response>("AppendToLog", 19,
+                               [](Response& r, Args& a) { r.AppendToLog(Arg(a, 0).ToString()); }),
           },
   };
   return info;

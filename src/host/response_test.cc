@@ -133,5 +133,13 @@ TEST_F(ResponseFixture, ClearEndAndAScriptsRedirect) {
   EXPECT_EQ(r.RedirectLocation(), "/c.asp");
 }
 
+TEST_F(ResponseFixture, AppendToLogKeepsLinesForTheHostAndNoneForThePage) {
+  response.Invoke("AppendToLog", {Variant("refused: id")});
+  response.Invoke("Clear");
+  response.Invoke("AppendToLog", {Variant(int32_t{7})});
+  EXPECT_THAT(r.LogEntries(), ElementsAre("refused: id", "7"));
+  EXPECT_EQ(r.Output(), "");
+}
+
 }  // namespace
 }  // namespace corvane::host
