@@ -2,12 +2,13 @@
 # Installs the Debian packages the build and tests need; skips apt entirely when all are present.
 #   bash scripts/deps.sh          everything: the build, the tests, benchmarks and fuzzing
 #   bash scripts/deps.sh site     only what building and running corvane-server needs
-#   build: compilers, CMake, SQLite, PCRE2 (the script engine's RegExp), cpp-httplib (corvane-server)
+#   build: compilers, CMake, SQLite, PCRE2 (the script engine's RegExp), libsodium (password hashes),
+#   cpp-httplib (corvane-server)
 #   tests: GoogleTest, Google Benchmark, clang with its runtime (fuzzing), chromium (headless browser
 #   test), a CJK font (readable screenshots), the sqlite3 shell (the tests read the database), node and
 #   npm (playwright-core drives chromium), wrk and lua5.4 (bench/)
 set -euo pipefail
-pkgs=(build-essential cmake pkg-config libsqlite3-dev libpcre2-dev libcpp-httplib-dev)
+pkgs=(build-essential cmake pkg-config libsqlite3-dev libpcre2-dev libsodium-dev libcpp-httplib-dev)
 site_only=false
 [ "${1:-}" = site ] && site_only=true
 $site_only || pkgs+=(libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev

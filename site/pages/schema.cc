@@ -10,8 +10,9 @@ const std::vector<std::string_view>& SchemaStatements() {
       "create table dept(deptID INTEGER PRIMARY KEY, deptName VARCHAR(50))",
       "create table personDuty(dutyID INTEGER PRIMARY KEY, dutyName VARCHAR(50))",
       // personGroupID 7 marks accounts that are never offered as group members (the system account).
+      // A password is kept as its Argon2id hash (97 characters, corvane.Password).
       "create table person(personID INTEGER PRIMARY KEY, personName VARCHAR(50), loginName VARCHAR(50),"
-      " password VARCHAR(50), dutyID INT, systemID INT, personGroupID INT, deptID INT,"
+      " password VARCHAR(128), dutyID INT, systemID INT, personGroupID INT, deptID INT,"
       " phone VARCHAR(30), email VARCHAR(60))",
       "create table planAddrType(planAddrTypeID INTEGER PRIMARY KEY, planAddrTypeName VARCHAR(50))",
       "create table planAddr(planAddrID INTEGER PRIMARY KEY, planAddrName VARCHAR(50), planAddrTypeID INT)",

@@ -1,9 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
+#include <string>
 
 #include "corvane/ado.h"
 #include "corvane/dates.h"
+#include "corvane/registry.h"
 #include "site.h"
 #include "test_support.h"
 
@@ -16,6 +19,20 @@ int32_t Count(const std::string& connStr, const std::string& sql) {
   int32_t n = rs.Field(0).ToLong();
   rs.Close();
   return n;
+}
+
+// The password column by login name; Null as "<null>".
+std::map<std::string, std::string> Passwords(const std::string& connStr) {
+  std::map<std::string, std::string> out;
+  ado::Recordset rs;
+  for (rs.Open("select loginName,password from person", Variant(connStr), 3); !rs.Eof(); rs.MoveNext())
+    out[rs.Field(0).ToString()] = rs.Field(1).IsNull() ? "<null>" : rs.Field(1).ToString();
+  rs.Close();
+  return out;
+}
+
+bool Verifies(const std::string& hash, const char* password) {
+  return CreateObject("corvane.Password").Invoke("Verify", {Variant(hash), Variant(password)}).ToBool();
 }
 
 TEST(SeedTest, AFreshDatabaseIsSeededOnceWithTheOfficesData) {
@@ -64,6 +81,37 @@ TEST(SeedTest, AFreshDatabaseIsSeededOnceWithTheOfficesData) {
                   "select count(*) from (select accessPersonID from accessPerson group by accessPersonID "
                   "having count(*)>1)"),
             0);
+
+  // Passwords are kept as hashes, each with its own salt; the accounts keep their documented ones.
+  EXPECT_EQ(Count(c, "select count(distinct password) from person where password like '$argon2id$%'"), 31);
+  std::map<std::string, std::string> passwords = Passwords(c);
+  EXPECT_TRUE(Verifies(passwords["sysop"], "sysop"));
+  EXPECT_TRUE(Verifies(passwords["xutao"], "123456"));
+  EXPECT_FALSE(Verifies(passwords["zhangwei"], "sysop"));
+}
+
+TEST(SeedTest, PlainTextPasswordsOfAnEarlierDatabaseBecomeHashesAtStart) {
+  corvane::testing::ScratchDatabase db;
+  const std::string hashed =
+      "$argon2id$v=19$m=4096,t=3,p=1$MgpkOlZ6XNsS3SmFJBzV7g$nb0l5UifAqJcauB77OhXMOubuSMFLBTRrgugffXOCn4";
+  db.Run({"create table person(personID INTEGER PRIMARY KEY, loginName VARCHAR(50), password VARCHAR(50))",
+          "insert into person values(1,'sysop','sysop')", "insert into person values(2,'lina','密码 1')",
+          "insert into person values(3,'xutao','" + hashed + "')",
+          "insert into person values(4,'nobody',NULL)", "insert into person values(5,'blank','')"});
+  EXPECT_FALSE(PrepareDatabase(db.connectionString));  // not seeded: the data stays
+
+  std::map<std::string, std::string> passwords = Passwords(db.connectionString);
+  // clang-format off
+  const struct { const char* login; const char* password; } cases[] = {
+      {"sysop", "sysop"}, {"lina", "密码 1"}, {"xutao", "sysop"}, {"blank", ""},
+  };
+  // clang-format on
+  for (const auto& c : cases) EXPECT_TRUE(Verifies(passwords[c.login], c.password)) << c.login;
+  EXPECT_EQ(passwords["xutao"], hashed);  // a hash is kept as it is
+  EXPECT_EQ(passwords["nobody"], "<null>");
+
+  PrepareDatabase(db.connectionString);  // a second start hashes nothing again
+  EXPECT_EQ(Passwords(db.connectionString), passwords);
 }
 
 }  // namespace

@@ -2,6 +2,16 @@
 ' Sign-in: the form, and on a post the check of the login name and password. A good sign-in starts a
 ' new session (under a new id, so that an id known before it opens nothing), fills it with the
 ' person's ids and rights, and goes to the start page.
+'
+' Neither the answer nor its time tells whether an account exists: a name that is unknown (or not a
+' possible name at all) is checked against a hash of a password nobody knows, at the same cost as a
+' real one, and gets the same message as a wrong password. Failures are counted per name and per
+' client address (corvane.SignInThrottle); while a wait runs, an attempt is refused without looking
+' at its password. Every failure and refusal goes to the server's log.
+
+' The hash of a random password that was thrown away, made by corvane.Password at the cost it uses
+' for every account (m=65536,t=2,p=1): keep the two the same, or an unknown name answers faster.
+Const DummyHash = "$argon2id$v=19$m=65536,t=2,p=1$06RZEPzJJmP1ddYMdSrUrQ$CH2iXURRkVOn0XhC2UofBM+sL1Zyjtdqr7QGwpJgQpQ"
 
 Sub LoginForm(message, login)
   WriteHead "登录 - corvane 办公系统", "", ""
@@ -15,30 +25,47 @@ Sub LoginForm(message, login)
   WriteFoot
 End Sub
 
-Dim login, rs, permission
+' The login name as the log shows it: only a possible name goes there as it is.
+Function LogName(login)
+  If IsAlnum(login) And Len(login) <= 50 Then LogName = login Else LogName = "(invalid)"
+End Function
+
+' Refuses the attempt: a line in the log, the form again with `message`, and the page ends.
+Sub Refuse(message, login, address)
+  Response.AppendToLog "sign-in failed: " & LogName(login) & " from " & address
+  LoginForm message, login
+  Response.End
+End Sub
+
+Dim login, address, rs, found, stored, hasher, throttle, permission
 If Request.ServerVariables("REQUEST_METHOD") <> "POST" Then
   LoginForm "", ""
   Response.End
 End If
 
 login = Request.Form("loginName") & ""
-Set rs = Nothing
+address = Request.ServerVariables("REMOTE_ADDR") & ""
+Set throttle = Server.CreateObject("corvane.SignInThrottle")
+If throttle.Delay(login, address) > 0 Then Refuse "登录失败次数过多，请稍后再试。", login, address
+
+Set hasher = Server.CreateObject("corvane.Password")
+Set rs = Server.CreateObject("ADODB.Recordset")
+found = False
+stored = DummyHash
 ' Login names are letters and digits only, so they can go into the SQL as they are.
 If IsAlnum(login) Then
-  Set rs = Server.CreateObject("ADODB.Recordset")
   rs.Open "select personID,personName,systemID,password from person where loginName='" & login & "'", ConnStr(), 1
-  If rs.EOF Then
-    rs.Close
-    Set rs = Nothing
-  ElseIf rs("password") & "" <> Request.Form("password") & "" Then
-    rs.Close
-    Set rs = Nothing
+  found = Not rs.EOF
+  If found Then
+    If hasher.IsHash(rs("password")) Then stored = rs("password").Value
   End If
 End If
-If rs Is Nothing Then
-  LoginForm "用户名或密码不对。", login
-  Response.End
+' Verify runs whatever was found: the time is the same for every name.
+If Not (hasher.Verify(stored, Request.Form("password") & "") And found) Then
+  throttle.Failed login, address
+  Refuse "用户名或密码不对。", login, address
 End If
+throttle.Succeeded login, address
 
 Session.Contents.RemoveAll
 Session.RequestNewID

@@ -31,6 +31,8 @@ const std::vector<const ClassInfo*>& RegisteredClasses() {
       &scripting::FileSystemObjectClass(),
       &scripting::StreamClass(),
       &scripting::ArrayListClass(),
+      &scripting::PasswordClass(),
+      &scripting::SignInThrottleClass(),
       &script::RegExpClass(),
   };
   return classes;

@@ -17,6 +17,10 @@ const ClassInfo& DictionaryClass();
 const ClassInfo& FileSystemObjectClass();
 const ClassInfo& StreamClass();
 const ClassInfo& ArrayListClass();
+// The site's accounts: corvane.Password (password hashes, password.h) and corvane.SignInThrottle
+// (sign_in_throttle.h).
+const ClassInfo& PasswordClass();
+const ClassInfo& SignInThrottleClass();
 
 // The site's folder, whose files pages may reach by absolute local path (Server.MapPath gives such
 // paths). The server sets it at start; until then only drive paths are allowed. Thread-safe.
