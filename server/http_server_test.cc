@@ -20,7 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 using namespace ::testing;
 const std::string kConnection = "Provider=SQLite;Data Source=/secret/office.db", kFile = "/secret/office.db";
-const char* const kNewCookie = "CORVANESESSIONID=[0-9a-f]{32}; Path=/; HttpOnly; SameSite=Lax";
+const char* const kNewCookie = "CORVANESESSIONID=[0-9a-f]{32}; Path=/; HttpOnly; SameSite=Strict";
 std::atomic<int> gInside = 0, gMost = 0;  // pages of /count.asp running now, and the most at once
 
 PageRegistry TestPages() {

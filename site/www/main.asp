@@ -1,7 +1,6 @@
 <%@ LANGUAGE="VBSCRIPT" %><!--#include virtual="/include/common.inc"--><%
 ' The start page: the menu tree of the person's rights, the staff bar of calendars, and the person's
 ' week in the main frame.
-RequireSignIn
 
 ' One level of the menu tree: the recordset's entries, each with its children below it.
 Function MenuLevel(permission, rs, level)
@@ -28,7 +27,7 @@ End Function
 
 Dim permission, rs, scheduler
 WriteHead "corvane 办公系统", "<script src='/include/outlookbar.js'></script>" & vbCrLf, "class=frame"
-%><div class=top><b>corvane 办公系统</b><span><%= Html(Session("personName")) %>，您好　<%= Date %>　<a href='/logout.asp'>退出</a></span></div>
+%><div class=top><b>corvane 办公系统</b><span><%= Html(Session("personName")) %>，您好　<%= Date %>　<a href='/password.asp' target=main>修改密码</a>　<a href='/logout.asp'>退出</a></span></div>
 <div class=side><div class=tree><%
 ' The menus the person may see: everything for the system account, the rights of the person's groups
 ' for everyone else (nothing at all without any right).

@@ -1,6 +1,5 @@
 <%@ LANGUAGE="VBSCRIPT" %><!--#include virtual="/include/common.inc"--><!--#include virtual="/include/table.inc"--><%
 ' The staff of the signed-in person's system; the filter fixes the system in forms and writes.
-RequireSignIn
 TablePage "人员管理", _
   "select personID,personName,loginName,dutyID,deptID,phone,email,systemID from person where systemID=" & _
     CLng(Session("systemID")) & " order by dutyID,personID", _

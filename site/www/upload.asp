@@ -1,8 +1,14 @@
-<%@ LANGUAGE="VBSCRIPT" %><!--#include virtual="/include/common.inc"--><%
-' The upload page: a multipart form whose file SystemInit stores under the drive path d:\up\, with a
-' list of what has been uploaded.
+<%@ LANGUAGE="VBSCRIPT" %><!--#include virtual="/include/common.inc"--><!--#include virtual="/include/guard.inc"--><%
+' The upload page: a multipart form whose file SystemInit stores in the person's own folder under the
+' drive path d:\up\ (d:\up\<personID>\), with a list of what the person has uploaded. Nobody
+' reaches another's folder, so nobody replaces another's file of the same name.
 Const MaxFileBytes = 16777216
-Const UploadFolder = "d:\up\"
+Const UploadRoot = "d:\up\"
+
+' The person's folder.
+Function UploadFolder()
+  UploadFolder = UploadRoot & PersonID() & "\"
+End Function
 
 ' The file's name without any client folder.
 Function BareName(name)
@@ -17,21 +23,30 @@ Function BareName(name)
   Next
 End Function
 
-' The component writes into the drive folder but does not make it: a fresh drive has none yet.
+' The component writes into the person's folder but does not make it: a fresh drive has none yet.
 Sub MakeUploadFolder()
   Dim fso
   Set fso = Server.CreateObject("Scripting.FileSystemObject")
   If Not fso.FolderExists("d:\") Then fso.CreateFolder "d:\"
   If Not fso.FolderExists("d:\up") Then fso.CreateFolder "d:\up"
+  If Not fso.FolderExists(UploadFolder()) Then fso.CreateFolder UploadFolder()
+End Sub
+
+' The component keeps what follows the last "\" or ":" of the name the browser sends, and takes the
+' rest as a path from the person's folder: a "/" in a sent name ("../3/a.txt") would reach another
+' folder. The raw body (Request.Form without a name) is read without taking it from the component;
+' every "filename=" quoted text in it is checked, as the component finds them, contents included.
+Sub GuardFileNames()
+  If Fits(Request.Form & "", "filename=""[^""]*/") Then RefuseInput "file1", "文件名不能含 /。"
 End Sub
 
 Dim message, up, result, fileName, size, conn, rs, n
 message = ""
-RequireSignIn
 If Request.ServerVariables("REQUEST_METHOD") = "POST" Then
+  GuardFileNames
   MakeUploadFolder
   Set up = Server.CreateObject("corvane.SystemInit")
-  result = up.Upload(MaxFileBytes, UploadFolder, 2) & ""
+  result = up.Upload(MaxFileBytes, UploadFolder(), 2) & ""
   If result = "OK" Then
     ' The component stores the file under the name the browser sent, but reports it through FileName
     ' only when the browser sent a folder with it ("c:\x\a.txt"). Current browsers send the bare name;
@@ -62,7 +77,8 @@ WriteHead "文件上传", StyleLink & vbCrLf, ""
 <%
 Set rs = Server.CreateObject("ADODB.Recordset")
 rs.Open "select fileName,fileSize,personName,uploadTime,remark from upload,person " & _
-  "where upload.personID=person.personID order by uploadID desc", ConnStr(), 1
+  "where upload.personID=person.personID and upload.personID=" & PersonID() & " order by uploadID desc", _
+  ConnStr(), 1
 n = 0
 Do While Not rs.EOF And n < 50
   Response.Write "<tr><td>" & Html(rs("fileName")) & "</td><td>" & rs("fileSize") & "</td><td>" & _

@@ -1,35 +1,27 @@
 <%@ LANGUAGE="VBSCRIPT" %><!--#include virtual="/include/common.inc"--><!--#include virtual="/include/permission.inc"--><%
 ' The access groups of the person's system: the list, and ac=add (name), del (id), edit (id: the
-' rename form) and rename (id, name).
+' rename form) and rename (id, name). A bad id or name is refused before anything changes.
 Dim permission, ac, id, name, message, editForm, conn
-RequireSignIn
-Set permission = OpenPermission()
+GuardGroupPage
 ac = Param("ac")
 id = Param("id")
+name = Param("name")
+If (ac = "add" Or ac = "rename") And name = "" Then RefuseInput "name", BadGroupName
+Set permission = OpenPermission()
 message = ""
 editForm = ""
 If ac = "add" Then
-  name = Param("name")
-  If IsGroupName(name) Then
-    permission.AddGroup name
-    message = "已添加权限组：" & name
-  Else
-    message = BadGroupName
-  End If
+  permission.AddGroup name
+  message = "已添加权限组：" & name
 ElseIf ac = "del" And IsGroupID(id) Then
   permission.delGroup CLng(id)
   message = "已删除。"
 ElseIf ac = "rename" And GroupName(id) <> "" Then
-  name = Param("name")
-  If IsGroupName(name) Then
-    Set conn = Server.CreateObject("ADODB.Connection")
-    conn.Open ConnStr()
-    conn.Execute "update AccessGroup set accessGroupName='" & name & "' where accessGroupID=" & id
-    conn.Close
-    message = "已改名为：" & name
-  Else
-    message = BadGroupName
-  End If
+  Set conn = Server.CreateObject("ADODB.Connection")
+  conn.Open ConnStr()
+  conn.Execute "update AccessGroup set accessGroupName='" & name & "' where accessGroupID=" & id
+  conn.Close
+  message = "已改名为：" & name
 ElseIf ac = "edit" Then
   name = GroupName(id)
   If name <> "" Then

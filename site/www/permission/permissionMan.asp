@@ -1,7 +1,7 @@
 <%@ LANGUAGE="VBSCRIPT" %><!--#include virtual="/include/common.inc"--><!--#include virtual="/include/permission.inc"--><%
 ' A group's members: a check box per person of the system; the form sends the checked ids.
-Dim id, name, permission, message, ids
-RequireSignIn
+Dim id, name, permission, message
+GuardGroupPage
 id = Param("id")
 name = GroupName(id)
 If name = "" Then
@@ -10,21 +10,9 @@ End If
 Set permission = OpenPermission()
 message = ""
 If Request.ServerVariables("REQUEST_METHOD") = "POST" Then
-  ' The check boxes arrive joined by ", "; the component wants the ids joined by "," alone, and puts
-  ' them into SQL as they are: digits and commas only.
-  ids = Replace(Request.Form("checkbox") & "", " ", "")
-  If IsIdList(ids) Then message = permission.SavePerson(CLng(id), ids) & ""
+  ' The check boxes arrive joined by ", "; the component wants the ids joined by "," alone.
+  message = permission.SavePerson(CLng(id), Replace(Request.Form("checkbox") & "", " ", "")) & ""
 End If
-
-' True when `text` is empty or ids joined by ",".
-Function IsIdList(text)
-  Dim part
-  IsIdList = True
-  If text = "" Then Exit Function
-  For Each part In Split(text, ",")
-    If Not IsDigits(part, 9) Then IsIdList = False
-  Next
-End Function
 
 WriteHead "设置人员", StyleLink & vbCrLf, ""
 %><h2 class=title>设置人员：<%= Html(name) %></h2>

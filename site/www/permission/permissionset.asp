@@ -2,7 +2,7 @@
 ' A group's menu rights: all menus of the system on the left, the group's on the right; the form
 ' sends the right-hand menu ids joined by "*".
 Dim id, name, permission, message
-RequireSignIn
+GuardGroupPage
 id = Param("id")
 name = GroupName(id)
 If name = "" Then
