@@ -2,6 +2,8 @@
 // kinds they may meet.
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "script/operators.h"
 #include "script/script_test_support.h"
 
@@ -83,6 +85,38 @@ TEST(Consistency, ComparisonsMatchTheOperators) {
       EXPECT_EQ(testing::Output(code), expected) << code;
     }
   }
+}
+
+// `If left op right` inside Sub T(p, q), with a = p and b = q the page's globals and l a local.
+std::string Condition(const std::string& left, const char* op, const std::string& right, bool asBranch,
+                      const Operand& a, const Operand& b) {
+  const std::string test = left + " " + op + " " + right;
+  std::string code = "Sub T(p, q)\nDim l: l = " + std::string(right == "l" ? "q" : "p") + "\n";
+  if (asBranch) {
+    code += "If " + test + " Then W \"T\" Else W \"F\"\n";
+  } else {
+    code += "x = (" + test + ")\nIf IsNull(x) Then\nW \"F\"\nElseIf x Then\nW \"T\"\nElse\nW \"F\"\nEnd If\n";
+  }
+  code += "End Sub\na = " + std::string(a.code) + ": b = " + b.code + "\nT a, b";
+  return testing::Output(code);
+}
+
+TEST(Consistency, ConditionsTakeTheBranchOfTheComparisonsValue) {
+  // An If reads a comparison on a path of its own: it must take the branch the comparison's value
+  // chooses (Null as False), or raise the same error, wherever its operands are read from.
+  const std::tuple<std::string, const char*, std::string> variables[] = {{"p", "<", "l"}, {"a", "=", "b"}};
+  for (const auto& [left, op, right] : variables)
+    for (const Operand& a : Operands())
+      for (const Operand& b : Operands())
+        EXPECT_EQ(Condition(left, op, right, true, a, b), Condition(left, op, right, false, a, b))
+            << left << op << right << " with " << a.code << ", " << b.code;
+  // A literal on one side: its conversion rules apply to the other.
+  const std::pair<std::string, std::string> literals[] = {{"p", "7"}, {"7", "q"}, {"\"7\"", "l"}};
+  for (const auto& [left, right] : literals)
+    for (const char* op : {"<", "<=", "=", "<>", ">", ">="})
+      for (const Operand& a : Operands())
+        EXPECT_EQ(Condition(left, op, right, true, a, a), Condition(left, op, right, false, a, a))
+            << left << op << right << " with " << a.code;
 }
 
 TEST(Consistency, ForCountersTakeTheTypesOfAddition) {

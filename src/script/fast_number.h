@@ -4,6 +4,8 @@
 #pragma once
 
 #include <cstdint>
+#include <new>
+#include <type_traits>
 
 #include "corvane/variant.h"
 
@@ -25,13 +27,42 @@ struct Num {
   return {NumKind::Other, 0, 0};
 }
 
-[[gnu::always_inline]] inline void Clear(Variant& v) {
-  if (!v.IsEmpty()) v = Variant();
+// Whether `v` holds nothing to release: Empty or a number of the fast paths. Such a Variant is
+// overwritten by constructing the new value over it, which skips the variant's general reset (a
+// jump through a table of destructors for a value that has none).
+[[gnu::always_inline]] inline bool HoldsPlainValue(const Variant& v) {
+  return v.IsEmpty() || ReadNum(v).kind != NumKind::Other;
 }
-[[gnu::always_inline]] inline void SetInteger(Variant& v, int16_t x) { v.SetNumber(x); }
-[[gnu::always_inline]] inline void SetLong(Variant& v, int32_t x) { v.SetNumber(x); }
-[[gnu::always_inline]] inline void SetDouble(Variant& v, double x) { v.SetNumber(x); }
-[[gnu::always_inline]] inline void SetBoolean(Variant& v, bool x) { v.SetNumber(x); }
+
+[[gnu::always_inline]] inline void Clear(Variant& v) {
+  if (v.IsEmpty()) return;
+  if (ReadNum(v).kind != NumKind::Other) {
+    new (&v) Variant();
+  } else {
+    v = Variant();
+  }
+}
+template <class T>
+[[gnu::always_inline]] inline const T* NumberPtr(const Variant& v) {
+  if constexpr (std::is_same_v<T, int16_t>) return v.IntegerPtr();
+  if constexpr (std::is_same_v<T, int32_t>) return v.LongPtr();
+  if constexpr (std::is_same_v<T, double>) return v.DoublePtr();
+  if constexpr (std::is_same_v<T, bool>) return v.BooleanPtr();
+}
+template <class T>
+[[gnu::always_inline]] inline void StoreNumber(Variant& v, T x) {
+  if (const T* same = NumberPtr<T>(v)) {
+    *const_cast<T*>(same) = x;  // the Variant's own number, overwritten
+  } else if (HoldsPlainValue(v)) {
+    new (&v) Variant(x);
+  } else {
+    v.SetNumber(x);
+  }
+}
+[[gnu::always_inline]] inline void SetInteger(Variant& v, int16_t x) { StoreNumber(v, x); }
+[[gnu::always_inline]] inline void SetLong(Variant& v, int32_t x) { StoreNumber(v, x); }
+[[gnu::always_inline]] inline void SetDouble(Variant& v, double x) { StoreNumber(v, x); }
+[[gnu::always_inline]] inline void SetBoolean(Variant& v, bool x) { StoreNumber(v, x); }
 
 inline bool IsIntegral(NumKind k) { return k == NumKind::Integer || k == NumKind::Long; }
 inline bool IsArithmetic(NumKind k) { return IsIntegral(k) || k == NumKind::Double; }
@@ -59,17 +90,24 @@ inline void MoveValue(Variant& dst, Variant& src) {
   if (!CopyNumber(dst, src)) dst = std::move(src);
 }
 
-// Room for an intermediate value, reused by the node that owns it.
+// Room for an intermediate value, reused by the node that owns it. A number or Empty left in it
+// at the end is dropped without the variant's general reset.
 class Scratch {
  public:
-  Variant& Make() {
-    Clear(v_);
-    return v_;
+  Scratch() { new (buf_) Variant(); }
+  ~Scratch() {
+    if (!HoldsPlainValue(*get())) get()->~Variant();
   }
-  Variant* get() { return &v_; }
+  Scratch(const Scratch&) = delete;
+  Scratch& operator=(const Scratch&) = delete;
+  Variant& Make() {
+    Clear(*get());
+    return *get();
+  }
+  Variant* get() { return std::launder(reinterpret_cast<Variant*>(buf_)); }
 
  private:
-  Variant v_;
+  alignas(Variant) unsigned char buf_[sizeof(Variant)];
 };
 
 // An integer result as the platform types it: Integer when both operands were Integers and it

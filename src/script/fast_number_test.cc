@@ -42,6 +42,27 @@ TEST(FastNumbers, WriteOverAnyKind) {
   EXPECT_EQ(moved, Variant("x"));
 }
 
+TEST(FastNumbers, OnlyEmptyAndTheFastNumbersAreOverwrittenInPlace) {
+  for (const Variant& plain :
+       {Variant(), Variant(int16_t{1}), Variant(int32_t{2}), Variant(0.5), Variant(true)})
+    EXPECT_TRUE(HoldsPlainValue(plain)) << DebugString(plain);
+  for (const Variant& other : {Variant::Null(), Variant("x"), Variant(1.5f), Variant::FromDate(1),
+                               Variant(Object()), Variant::FromArray(VariantArray::Of({Variant(1)}))})
+    EXPECT_FALSE(HoldsPlainValue(other)) << DebugString(other);
+}
+
+TEST(FastNumbers, ScratchReleasesWhatItHolds) {
+  // Text and arrays left in a scratch value are released with it (the leak checker sees them).
+  Scratch text;
+  text.Make() = Variant(std::string(100, 'x'));
+  Scratch array;
+  array.Make() = Variant::FromArray(VariantArray::Of({Variant("a long text that is on the heap")}));
+  Variant& reused = array.Make();
+  EXPECT_TRUE(reused.IsEmpty());
+  SetLong(reused, 3);
+  EXPECT_EQ(*array.get(), Variant(int32_t{3}));
+}
+
 TEST(FastNumbers, TypeIntegerResultsAsThePlatform) {
   Variant out;
   EXPECT_TRUE(IntegerResult(32767, true, out));

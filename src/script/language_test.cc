@@ -143,7 +143,19 @@ INSTANTIATE_TEST_SUITE_P(Language, Procedures, ::testing::Values(
     Case{"x = 1\nSub S: x = x + 1: End Sub\nS: S\nW x", "3"},
     Case{"Sub S: y = 5: End Sub\nS\nW IsEmpty(y)", "True"},
     Case{"Sub S: Dim x: x = x & \"a\": W x: End Sub\nS: S", "aa"},
-    Case{"Function Later(): Later = \"defined below\": End Function\nW Later()", "defined below"}));
+    Case{"Function Later(): Later = \"defined below\": End Function\nW Later()", "defined below"},
+    // ByRef reaches the caller's own variable through parameters, locals and globals; an expression
+    // or a literal is passed as a value of the callee's own.
+    Case{"Sub Inc(n): n = n + 1: End Sub\nSub Twice(m): Inc m: Inc m: End Sub\nx = 1\nTwice x\nW x", "3"},
+    Case{"Sub Inc(n): n = n + 1: End Sub\nFunction F(): Dim y: y = 1: Inc y: F = y: End Function\nW F()", "2"},
+    Case{"Sub Inc(n): n = n + 1: End Sub\nx = 1\nSub S: Inc x: End Sub\nS\nW x", "2"},
+    Case{"Sub Inc(n): n = n + 1: W n: End Sub\nx = 1\nInc x + 1\nInc 5\nInc 5\nW x", "3661"},
+    Case{"Sub Two(a, b): a = a + 1: b = b + 10: End Sub\nx = 1\nTwo x, x\nW x", "12"},
+    Case{"Function F(ByVal n): n = n * 2: F = n: End Function\nx = 4\nW F(x) & x", "84"},
+    // Frames deeper than one block of the value stack keep their values and start Empty again.
+    Case{"Function D(n)\n Dim a, b, c, e, f, g, h, i, j, k\n D = IsEmpty(b) + IsEmpty(j)\n"
+         " a = n: b = \"used\": j = n\n If n > 0 Then D = D + D(n - 1)\n D = D + (a = n) + (j = n)\n"
+         "End Function\nW D(500) & \" \" & D(500)", "-2004 -2004"}));
 // clang-format on
 
 }  // namespace

@@ -174,6 +174,8 @@ class OperandSource {
     }
   }
   const IndexExpr* AsIndex() const { return kind_ == kOther ? e_->AsIndex() : nullptr; }
+  // The number a literal source holds (read once, when the tree is built).
+  Num LiteralNum() const { return literalNum_; }
   const Expr& expr() const { return *e_; }
 
   enum Kind : uint8_t { kOther, kLocal, kParam, kGlobal, kLiteral, kValue };
@@ -194,6 +196,7 @@ class OperandSource {
   Kind kind_ = kOther;
   int index_ = 0;
   const Variant* literal_ = nullptr;
+  Num literalNum_{NumKind::Other, 0, 0};
   const Expr* e_;
 };
 
@@ -201,13 +204,9 @@ class OperandSource {
 
 enum class Op : uint8_t { Add, Sub, Mul, Div, IntDiv, Mod, Pow, And, Or, Xor, Eqv, Imp };
 
-// + - * / \ Mod on Integer, Long and Double operands, the result into `out`; false (and `out`
-// untouched) when the operands or the result need the general operator. `out` may be an operand.
-[[gnu::always_inline]] inline bool FastArithmetic(Op op, const Variant& a, const Variant& b, Variant& out) {
-  Num x = ReadNum(a);
-  if (!IsArithmetic(x.kind)) return false;
-  Num y = ReadNum(b);
-  if (!IsArithmetic(y.kind)) return false;
+// + - * / \ Mod on two numbers read from Integer, Long or Double operands, the result into `out`;
+// false (and `out` untouched) when the result needs the general operator. `out` may be an operand.
+[[gnu::always_inline]] inline bool ArithmeticOf(Op op, Num x, Num y, Variant& out) {
   if (IsIntegral(x.kind) && IsIntegral(y.kind)) {
     const bool bothInteger = x.kind == NumKind::Integer && y.kind == NumKind::Integer;
     const int64_t l = x.i, r = y.i;
@@ -243,6 +242,14 @@ enum class Op : uint8_t { Add, Sub, Mul, Div, IntDiv, Mod, Pow, And, Or, Xor, Eq
   if (!std::isfinite(result)) return false;
   SetDouble(out, result);
   return true;
+}
+// The same on Variants: false also when an operand is not an Integer, Long or Double.
+[[gnu::always_inline]] inline bool FastArithmetic(Op op, const Variant& a, const Variant& b, Variant& out) {
+  Num x = ReadNum(a);
+  if (!IsArithmetic(x.kind)) return false;
+  Num y = ReadNum(b);
+  if (!IsArithmetic(y.kind)) return false;
+  return ArithmeticOf(op, x, y, out);
 }
 
 class BinaryExpr : public Expr {
@@ -297,12 +304,18 @@ class CompareExpr : public Expr {
  public:
   CompareExpr(Pos p, Comparison op, ExprPtr l, ExprPtr r);
   Variant Eval(Frame& f) const override;
-  bool Test(Frame& f) const override;
+  bool Test(Frame& f) const override { return test_(*this, f); }
+  // Test for operands of any kind.
+  bool TestAny(Frame& f) const;
+  const OperandSource& left() const { return ls_; }
+  const OperandSource& right() const { return rs_; }
+  using TestPath = bool (*)(const CompareExpr&, Frame&);
 
  private:
   Comparison op_;
   ExprPtr l_, r_;
   OperandSource ls_, rs_;
+  TestPath test_;  // made for the comparison and where its operands are read from
 };
 
 class IsExpr : public Expr {
@@ -327,7 +340,10 @@ class NewExpr : public Expr {
   std::string name_;
 };
 
-// A call of a procedure of the page (or of a class's own member, for Me).
+// A call of a procedure of the page (or of a class's own member, for Me). How each argument binds
+// is settled when the tree is built: a variable passed ByRef is the caller's own storage, anything
+// else a value in the callee's slot. Only ByRef arguments that are neither (array elements,
+// fields, names checked at run time) and a wrong argument count take RunCore::CallInto.
 class CallExpr : public Expr {
  public:
   CallExpr(Pos p, const ProcDef* proc, ExprList args, bool onMe);
@@ -338,7 +354,13 @@ class CallExpr : public Expr {
   const ProcDef* proc_;
   ExprList args_;
   std::vector<OperandSource> sources_;
+  struct Binding {
+    bool byRef;               // the caller's variable itself
+    const BinaryExpr* arith;  // an operator, tried on its fast path first
+  };
+  std::vector<Binding> bindings_;  // per argument
   bool onMe_;
+  bool planned_;  // the count matches and every argument binds as bindings_ say
 };
 
 // A member of Me used without "Me.": a property read or write, or a method call.

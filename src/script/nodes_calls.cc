@@ -6,6 +6,7 @@
 #include "corvane/text.h"
 #include "script/nodes.h"
 #include "script/run_core.h"
+#include "script/run_inline.h"
 #include "script/script_object.h"
 #include "script/vbs_errors.h"
 #if __has_include("script/regexp.h")
@@ -86,7 +87,23 @@ std::vector<OperandSource> SourcesOf(const ExprList& args) {
 }  // namespace
 
 CallExpr::CallExpr(Pos p, const ProcDef* proc, ExprList args, bool onMe)
-    : Expr(p), proc_(proc), args_(std::move(args)), sources_(SourcesOf(args_)), onMe_(onMe) {}
+    : Expr(p), proc_(proc), args_(std::move(args)), sources_(SourcesOf(args_)), onMe_(onMe) {
+  planned_ = args_.size() == proc_->params.size();
+  for (size_t i = 0; planned_ && i < args_.size(); ++i) {
+    bool ref = false;
+    if (proc_->byRef[i]) {
+      switch (sources_[i].kind()) {
+        case OperandSource::kLocal:
+        case OperandSource::kParam:
+        case OperandSource::kGlobal: ref = true; break;
+        case OperandSource::kLiteral:
+        case OperandSource::kValue: break;
+        case OperandSource::kOther: planned_ = false; break;
+      }
+    }
+    bindings_.push_back({ref, dynamic_cast<const BinaryExpr*>(args_[i].get())});
+  }
+}
 
 Variant CallExpr::Eval(Frame& f) const {
   Variant out;
@@ -95,7 +112,24 @@ Variant CallExpr::Eval(Frame& f) const {
 }
 
 void CallExpr::EvalInto(Frame& f, Variant& out) const {
-  f.run->CallInto(*proc_, onMe_ ? f.me : nullptr, f, args_, nullptr, sources_.data(), out);
+  ScriptObject* me = onMe_ ? f.me : nullptr;
+  if (!planned_) {
+    f.run->CallInto(*proc_, me, f, args_, nullptr, sources_.data(), out);
+    return;
+  }
+  RunCore& run = *f.run;
+  run.EnterCall();
+  FramePush push(run, proc_->slotCount, args_.size());
+  for (size_t i = 0; i < args_.size(); ++i) {
+    const Binding& b = bindings_[i];
+    if (b.byRef) {
+      push.refs[i] = sources_[i].Ref(f);
+    } else {
+      if (!b.arith || !b.arith->FastInto(f, push.slots[i])) args_[i]->EvalInto(f, push.slots[i]);
+      push.refs[i] = &push.slots[i];
+    }
+  }
+  run.RunBody(*proc_, me, push, out);
 }
 
 MeMemberExpr::MeMemberExpr(Pos p, const ClassMember* m, ExprList args)

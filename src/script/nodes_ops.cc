@@ -100,6 +100,7 @@ OperandSource::OperandSource(const Expr* e) : e_(e) {
   } else if (auto* literal = dynamic_cast<const LiteralExpr*>(e)) {
     kind_ = kLiteral;
     literal_ = literal->value();
+    literalNum_ = ReadNum(*literal_);
   } else if (!e->MayReference()) {
     kind_ = kValue;
   }
@@ -108,12 +109,32 @@ OperandSource::OperandSource(const Expr* e) : e_(e) {
 namespace {
 
 // The fast path of one operator for operands read from known kinds of source.
+// The number an operand of a known kind of source holds (a literal's was read beforehand).
+template <OperandSource::Kind K>
+[[gnu::always_inline]] inline bool ReadOperand(const OperandSource& s, Frame& f, Num& n) {
+  if constexpr (K == OperandSource::kLiteral) {
+    n = s.LiteralNum();
+    return true;
+  } else {
+    const Variant* v = s.PeekAs<K>(f);
+    if (!v) return false;
+    n = ReadNum(*v);
+    return true;
+  }
+}
+
 template <Op op, OperandSource::Kind L, OperandSource::Kind R>
 bool FastBinary(const BinaryExpr& e, Frame& f, Variant& out) {
-  const Variant* a = e.left().PeekAs<L>(f);
-  if (!a) return false;
-  const Variant* b = e.right().PeekAs<R>(f);
-  return b && FastArithmetic(op, *a, *b, out);
+  if constexpr (L == OperandSource::kLiteral || R == OperandSource::kLiteral) {
+    Num x, y;
+    return ReadOperand<L>(e.left(), f, x) && IsArithmetic(x.kind) && ReadOperand<R>(e.right(), f, y) &&
+           IsArithmetic(y.kind) && ArithmeticOf(op, x, y, out);
+  } else {
+    const Variant* a = e.left().PeekAs<L>(f);
+    if (!a) return false;
+    const Variant* b = e.right().PeekAs<R>(f);
+    return b && FastArithmetic(op, *a, *b, out);
+  }
 }
 
 template <Op op, size_t... I>
@@ -132,7 +153,8 @@ constexpr std::array<BinaryExpr::FastPath, OperandSource::kKinds * OperandSource
 
 BinaryExpr::BinaryExpr(Pos p, Op op, ExprPtr l, ExprPtr r)
     : Expr(p), op_(op), l_(std::move(l)), r_(std::move(r)), ls_(l_.get()), rs_(r_.get()) {
-  if (op_ <= Op::Mod)
+  // A computed operand has no storage to read in place: such nodes go straight to EvalInto.
+  if (op_ <= Op::Mod && ls_.kind() != OperandSource::kValue && rs_.kind() != OperandSource::kValue)
     fast_ = kFastPaths[static_cast<int>(op_)][ls_.kind() * OperandSource::kKinds + rs_.kind()];
 }
 
@@ -188,8 +210,83 @@ Variant ConcatExpr::Eval(Frame& f) const {
   return acc;
 }
 
+namespace {
+
+// Whether `v` holds an Integer or a Long, and its value.
+[[gnu::always_inline]] inline bool ReadIntegral(const Variant& v, int32_t& out) {
+  if (const int16_t* i = v.IntegerPtr()) {
+    out = *i;
+    return true;
+  }
+  if (const int32_t* l = v.LongPtr()) {
+    out = *l;
+    return true;
+  }
+  return false;
+}
+
+template <Comparison op>
+constexpr bool HoldsFor(int32_t x, int32_t y) {
+  if constexpr (op == Comparison::Equal) return x == y;
+  if constexpr (op == Comparison::NotEqual) return x != y;
+  if constexpr (op == Comparison::Less) return x < y;
+  if constexpr (op == Comparison::LessEqual) return x <= y;
+  if constexpr (op == Comparison::Greater) return x > y;
+  if constexpr (op == Comparison::GreaterEqual) return x >= y;
+}
+
+// The test of one comparison for operands read in place (variables and literals): two integers
+// compare at once, anything else by the general rules.
+template <OperandSource::Kind K>
+[[gnu::always_inline]] inline bool ReadIntegralOperand(const OperandSource& s, Frame& f, int32_t& out) {
+  if constexpr (K == OperandSource::kLiteral) {
+    const Num n = s.LiteralNum();
+    out = n.i;
+    return IsIntegral(n.kind);
+  } else {
+    return ReadIntegral(*s.PeekAs<K>(f), out);
+  }
+}
+
+template <Comparison op, OperandSource::Kind L, OperandSource::Kind R>
+bool FastTest(const CompareExpr& e, Frame& f) {
+  int32_t x, y;
+  if (ReadIntegralOperand<L>(e.left(), f, x) && ReadIntegralOperand<R>(e.right(), f, y))
+    return HoldsFor<op>(x, y);
+  return e.TestAny(f);
+}
+
+bool AnyTest(const CompareExpr& e, Frame& f) { return e.TestAny(f); }
+
+// Operands read in place: locals, parameters, the page's globals and literals.
+constexpr int kInPlaceKinds = 4;
+constexpr OperandSource::Kind kInPlace[kInPlaceKinds] = {OperandSource::kLocal, OperandSource::kParam,
+                                                         OperandSource::kGlobal, OperandSource::kLiteral};
+
+template <Comparison op, size_t... I>
+constexpr std::array<CompareExpr::TestPath, sizeof...(I)> TestPaths(std::index_sequence<I...>) {
+  return {&FastTest<op, kInPlace[I / kInPlaceKinds], kInPlace[I % kInPlaceKinds]>...};
+}
+
+constexpr auto kInPlaceSquare = std::make_index_sequence<kInPlaceKinds * kInPlaceKinds>();
+constexpr std::array<CompareExpr::TestPath, kInPlaceKinds * kInPlaceKinds> kTestPaths[] = {
+    TestPaths<Comparison::Equal>(kInPlaceSquare),   TestPaths<Comparison::NotEqual>(kInPlaceSquare),
+    TestPaths<Comparison::Less>(kInPlaceSquare),    TestPaths<Comparison::LessEqual>(kInPlaceSquare),
+    TestPaths<Comparison::Greater>(kInPlaceSquare), TestPaths<Comparison::GreaterEqual>(kInPlaceSquare)};
+
+int InPlaceIndex(OperandSource::Kind k) {
+  for (int i = 0; i < kInPlaceKinds; ++i)
+    if (kInPlace[i] == k) return i;
+  return -1;
+}
+
+}  // namespace
+
 CompareExpr::CompareExpr(Pos p, Comparison op, ExprPtr l, ExprPtr r)
-    : Expr(p), op_(op), l_(std::move(l)), r_(std::move(r)), ls_(l_.get()), rs_(r_.get()) {}
+    : Expr(p), op_(op), l_(std::move(l)), r_(std::move(r)), ls_(l_.get()), rs_(r_.get()), test_(&AnyTest) {
+  const int li = InPlaceIndex(ls_.kind()), ri = InPlaceIndex(rs_.kind());
+  if (li >= 0 && ri >= 0) test_ = kTestPaths[static_cast<int>(op_)][li * kInPlaceKinds + ri];
+}
 
 Variant CompareOperands(const Variant& a, const Expr& l, const Variant& b, const Expr& r, Comparison op) {
   Num x = ReadNum(a);
@@ -221,7 +318,7 @@ bool Expr::Test(Frame& f) const {
   return IsTrue(*c);
 }
 
-bool CompareExpr::Test(Frame& f) const {
+bool CompareExpr::TestAny(Frame& f) const {
   // Two integers read in place.
   if (const Variant* pa = ls_.Peek(f)) {
     if (const Variant* pb = rs_.Peek(f)) {

@@ -2,9 +2,12 @@
 
 #include <pthread.h>
 
+#include <new>
+
 #include "corvane/error.h"
 #include "corvane/text.h"
 #include "script/nodes.h"
+#include "script/run_inline.h"
 #include "script/script_object.h"
 #include "script/stmts.h"
 
@@ -34,38 +37,6 @@ const char* RunCore::ThreadStackLimit() {
   }();
   return limit;
 }
-
-namespace {
-
-// A procedure's frame on the run's value stack, popped however the call ends.
-struct FramePush {
-  static constexpr size_t kLocalRefs = 8;
-  RunCore& run;
-  SlotStack<Variant>::Mark valueMark;
-  SlotStack<Variant*>::Mark refMark;
-  size_t slotCount, paramCount;
-  Variant* slots;
-  Variant** refs;
-  Variant* localRefs[kLocalRefs];
-  FramePush(RunCore& r, size_t nSlots, size_t nParams)
-      : run(r), valueMark(r.values.Save()), refMark{}, slotCount(nSlots), paramCount(nParams) {
-    slots = r.values.Push(nSlots);
-    if (nParams <= kLocalRefs) {
-      refs = localRefs;
-    } else {
-      refMark = r.refs.Save();
-      refs = r.refs.Push(nParams);
-    }
-    ++r.depth;
-  }
-  ~FramePush() {
-    --run.depth;
-    if (refs != localRefs) run.refs.Restore(refMark, refs, paramCount);
-    run.values.Restore(valueMark, slots, slotCount);
-  }
-};
-
-}  // namespace
 
 RunCore::RunCore(std::shared_ptr<const Program> program, RunContext context)
     : program_(std::move(program)), context_(std::move(context)), err_(std::make_shared<ErrObject>()) {
@@ -165,18 +136,21 @@ void RunCore::CallInto(const ProcDef& p, ScriptObject* me, Frame& caller, const 
     slots[count - 1] = std::move(*extra);
     argRefs[count - 1] = &slots[count - 1];
   }
-  for (const ArrayDecl& d : p.arrays) MakeFixedArray(slots[d.slot], d.bounds);
-  Frame f{this, fixed_.get(), slots, argRefs, me, &p};
-  const Stmt* saved = current;
-  p.body.Exec(f);
-  current = saved;
+  if (copyCount == 0) {
+    RunBody(p, me, push, out);
+    return;
+  }
+  Variant result;
+  RunBody(p, me, push, result);
   for (size_t k = 0; k < copyCount; ++k)
     copies[k].element->StoreElement(caller, std::move(slots[copies[k].param]));
-  if (p.ReturnsValue()) {
-    MoveValue(out, slots[p.returnSlot]);
-  } else {
-    Clear(out);
-  }
+  MoveValue(out, result);
+}
+
+Flow Block::Exec(Frame& f) const { return ExecInline(f); }
+
+void RunCore::MakeArrays(const ProcDef& p, Variant* slots) {
+  for (const ArrayDecl& d : p.arrays) MakeFixedArray(slots[d.slot], d.bounds);
 }
 
 Variant RunCore::CallWithValues(const ProcDef& p, ScriptObject* me, Args& args) {
@@ -191,12 +165,9 @@ Variant RunCore::CallWithValues(const ProcDef& p, ScriptObject* me, Args& args) 
       push.refs[i] = &push.slots[i];
     }
   }
-  for (const ArrayDecl& d : p.arrays) MakeFixedArray(push.slots[d.slot], d.bounds);
-  Frame f{this, fixed_.get(), push.slots, push.refs, me, &p};
-  const Stmt* saved = current;
-  p.body.Exec(f);
-  current = saved;
-  return p.ReturnsValue() ? std::move(push.slots[p.returnSlot]) : Variant();
+  Variant result;
+  RunBody(p, me, push, result);
+  return result;
 }
 
 namespace {
@@ -309,6 +280,18 @@ void RunCore::Trap(const Error& e) {
   err_->number = e.Number();
   err_->description = e.Description().empty() ? std::string(ErrorDescription(e.Number())) : e.Description();
   err_->source = e.Source().empty() ? "Microsoft VBScript runtime error" : e.Source();
+}
+
+void RunCore::TrapOrRethrow(const Frame& f) {
+  try {
+    throw;
+  } catch (const Error& e) {
+    if (!f.resumeNext || stopped_) throw;
+    Trap(e);
+  } catch (const std::bad_alloc&) {
+    if (!f.resumeNext || stopped_) throw;
+    Trap(LanguageError(7));
+  }
 }
 
 void RunCore::ClearErr() { err_->Clear(); }

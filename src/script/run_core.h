@@ -23,6 +23,7 @@
 namespace corvane::script {
 
 class ErrObject;
+struct FramePush;
 class OperandSource;
 class RunCore;
 
@@ -37,24 +38,29 @@ inline void ResetSlot(Variant& v) { Clear(v); }
 inline void ResetSlot(Variant*& p) { p = nullptr; }
 
 // Fixed-size blocks of slots that never move, so that a ByRef parameter may point into a caller's
-// frame. Slots are Empty when pushed and emptied when popped.
+// frame. Slots are Empty when pushed and emptied when popped. A push is a pointer bump within the
+// current block; a frame that does not fit opens the next block (kept for later pushes).
 template <class T>
 class SlotStack {
  public:
   struct Mark {
-    size_t block, top;
+    T* top;
+    T* end;
   };
-  Mark Save() const { return {block_, top_}; }
+  Mark Save() const { return {top_, end_}; }
   T* Push(size_t n) {
-    if (blocks_.empty() || top_ + n > Capacity(block_)) NextBlock(n);
-    T* p = blocks_[block_].data.get() + top_;
+    // The room left, in bytes (a count of elements would cost a division).
+    const size_t room = reinterpret_cast<uintptr_t>(end_) - reinterpret_cast<uintptr_t>(top_);
+    if (room < n * sizeof(T)) [[unlikely]]
+      NextBlock(n);
+    T* p = top_;
     top_ += n;
     return p;
   }
   void Restore(Mark m, T* pushed, size_t n) {
     for (size_t i = 0; i < n; ++i) ResetSlot(pushed[i]);
-    block_ = m.block;
     top_ = m.top;
+    end_ = m.end;
   }
 
  private:
@@ -63,21 +69,23 @@ class SlotStack {
     std::unique_ptr<T[]> data;
     size_t size;
   };
-  size_t Capacity(size_t b) const { return blocks_[b].size; }
   void NextBlock(size_t n) {
-    size_t next = blocks_.empty() ? 0 : block_ + 1;
+    // The block after the current one (the first when none is in use) that holds n slots.
+    size_t next = 0;
+    for (size_t b = 0; b < blocks_.size(); ++b)
+      if (blocks_[b].data.get() + blocks_[b].size == end_) next = b + 1;
     while (next < blocks_.size() && blocks_[next].size < n) ++next;
     if (next >= blocks_.size()) {
       size_t size = std::max(kBlock, n);
       blocks_.push_back({std::make_unique<T[]>(size), size});
       next = blocks_.size() - 1;
     }
-    block_ = next;
-    top_ = 0;
+    top_ = blocks_[next].data.get();
+    end_ = top_ + blocks_[next].size;
   }
   std::vector<Chunk> blocks_;
-  size_t block_ = 0;
-  size_t top_ = 0;
+  T* top_ = nullptr;
+  T* end_ = nullptr;
 };
 
 class RunCore : public BuiltinContext {
@@ -108,6 +116,10 @@ class RunCore : public BuiltinContext {
   void CallInto(const ProcDef& p, ScriptObject* me, Frame& caller, const std::vector<ExprPtr>& args,
                 Variant* extra, const OperandSource* sources, Variant& out);
   Variant CallWithValues(const ProcDef& p, ScriptObject* me, Args& args);
+  // Runs a procedure whose frame `push` holds, its arguments bound; the result stored into `out`.
+  // Callers check the argument count and call EnterCall before binding the arguments. Defined in
+  // run_inline.h.
+  inline void RunBody(const ProcDef& p, ScriptObject* me, FramePush& push, Variant& out);
   // A member of a script instance called late-bound (obj.name, or from outside the interpreter):
   // fields are read and written, methods called, properties read through Get and written through
   // Let or Set. Private members answer only calls from the instance's own code.
@@ -119,10 +131,22 @@ class RunCore : public BuiltinContext {
   void Tick() {
     if (--ticks_ <= 0) CheckTime();
   }
+  // Before a procedure's frame is pushed: the time limit, and the room left on the thread's stack
+  // (28 when it runs out).
+  void EnterCall() {
+    Tick();
+    if (depth == 0) stackLimit_ = ThreadStackLimit();
+    if (static_cast<const char*>(__builtin_frame_address(0)) < stackLimit_) [[unlikely]]
+      throw LanguageError(kOutOfStackSpace);
+  }
   // A stopped page: no On Error traps the error any more.
   bool Stopped() const { return stopped_; }
   // Records a trapped error in Err (On Error Resume Next).
   void Trap(const Error& e);
+  // In a handler of a statement's exception: records it in Err when `f` runs under On Error Resume
+  // Next and the error is one a page may trap (a script error, or out of memory as 7); rethrows it
+  // otherwise.
+  void TrapOrRethrow(const Frame& f);
   void ClearErr();
   Object ErrObjectHandle() const;
 
@@ -162,13 +186,8 @@ class RunCore : public BuiltinContext {
  private:
   friend struct CallGuard;
   void CheckTime();
-  void EnterCall() {
-    Tick();
-    if (depth == 0) stackLimit_ = ThreadStackLimit();
-    if (static_cast<const char*>(__builtin_frame_address(0)) < stackLimit_)
-      throw LanguageError(kOutOfStackSpace);
-  }
   static const char* ThreadStackLimit();
+  void MakeArrays(const ProcDef& p, Variant* slots);
   void Terminate(ScriptObject* object);
 
   std::shared_ptr<const Program> program_;
@@ -207,6 +226,38 @@ class RunCore : public BuiltinContext {
   friend class ScriptObject;
   friend class Compiler;
   friend class RunNames;
+};
+
+// A procedure's frame on the run's value stack, popped however the call ends. The parameters'
+// places (`refs`) are on the C++ stack for up to kLocalRefs parameters.
+struct FramePush {
+  static constexpr size_t kLocalRefs = 8;
+  RunCore& run;
+  SlotStack<Variant>::Mark valueMark;
+  SlotStack<Variant*>::Mark refMark;
+  size_t slotCount, paramCount;
+  Variant* slots;
+  Variant** refs;
+  Variant* localRefs[kLocalRefs];
+  FramePush(RunCore& r, size_t nSlots, size_t nParams)
+      : run(r), valueMark(r.values.Save()), refMark{}, slotCount(nSlots), paramCount(nParams) {
+    slots = r.values.Push(nSlots);
+    if (nParams <= kLocalRefs) {
+      refs = localRefs;
+    } else {
+      refMark = r.refs.Save();
+      refs = r.refs.Push(nParams);
+    }
+    ++r.depth;
+  }
+  ~FramePush() {
+    --run.depth;
+    if (refs != localRefs) [[unlikely]]
+      run.refs.Restore(refMark, refs, paramCount);
+    run.values.Restore(valueMark, slots, slotCount);
+  }
+  FramePush(const FramePush&) = delete;
+  FramePush& operator=(const FramePush&) = delete;
 };
 
 }  // namespace corvane::script

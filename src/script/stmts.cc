@@ -1,51 +1,16 @@
-// Running statements: blocks (with On Error Resume Next), assignment, control flow, arrays, output.
+// Running statements: control flow, arrays, output (blocks and assignments run in run_inline.h).
 #include "script/stmts.h"
-
-#include <new>
 
 #include "corvane/error.h"
 #include "script/fast_number.h"
 #include "script/run_core.h"
+#include "script/run_inline.h"
 #include "script/vbs_errors.h"
 
 namespace corvane::script {
 
-Flow Block::Exec(Frame& f) const {
-  RunCore& run = *f.run;
-  for (const StmtPtr& st : stmts) {
-    run.current = st.get();
-    try {
-      Flow flow = st->Exec(f);
-      if (flow != Flow::Normal) return flow;
-    } catch (const Error& e) {
-      if (!f.resumeNext || run.Stopped()) throw;
-      run.Trap(e);
-    } catch (const std::bad_alloc&) {
-      if (!f.resumeNext || run.Stopped()) throw;
-      run.Trap(LanguageError(7));
-    }
-    if (run.HasPendingTerminations()) run.RunTerminations();
-  }
-  return Flow::Normal;
-}
-
 Flow AssignStmt::Exec(Frame& f) const {
-  if (!set_) {
-    // A plain variable: evaluated straight into it (a number in place).
-    if (Variant* dst = dst_.Ref(f)) {
-      if (arithmetic_) {
-        if (!arithmetic_->FastInto(f, *dst)) arithmetic_->EvalInto(f, *dst);
-        return Flow::Normal;
-      }
-      if (const Variant* src = src_.Peek(f); src && !src->IsObject()) {
-        if (src != dst) CopyValue(*dst, *src);
-        return Flow::Normal;
-      }
-      *dst = LetValue(value_->Eval(f));
-      return Flow::Normal;
-    }
-  }
-  target_->Assign(f, value_->Eval(f), set_);
+  Run(f);
   return Flow::Normal;
 }
 
@@ -79,9 +44,9 @@ Flow IfStmt::Exec(Frame& f) const {
       f.run->Trap(e);
       take = true;
     }
-    if (take) return blocks[i].Exec(f);
+    if (take) return blocks[i].ExecInline(f);
   }
-  if (blocks.size() > conditions.size()) return blocks.back().Exec(f);
+  if (blocks.size() > conditions.size()) return blocks.back().ExecInline(f);
   return Flow::Normal;
 }
 
@@ -129,7 +94,7 @@ Flow ForStmt::Exec(Frame& f) const {
     if (single && !f.resumeNext) {
       // One statement and no error trapping: no need for the block's bookkeeping but this.
       run.current = single;
-      flow = single->Exec(f);
+      flow = ExecStmt(*single, f);
       if (run.HasPendingTerminations()) run.RunTerminations();
     } else {
       flow = body.Exec(f);

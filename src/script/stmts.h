@@ -26,7 +26,7 @@ class ExprStmt : public Stmt {
 class AssignStmt : public Stmt {
  public:
   AssignStmt(Pos p, ExprPtr target, ExprPtr value, bool isSet)
-      : Stmt(p),
+      : Stmt(p, StmtKind::Assign),
         target_(std::move(target)),
         value_(std::move(value)),
         set_(isSet),
@@ -34,6 +34,8 @@ class AssignStmt : public Stmt {
         dst_(target_.get()),
         src_(value_.get()) {}
   Flow Exec(Frame& f) const override;
+  // The assignment itself, inlined where blocks and loops run it (run_inline.h).
+  inline void Run(Frame& f) const;
 
  private:
   ExprPtr target_, value_;

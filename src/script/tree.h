@@ -67,12 +67,16 @@ class Expr {
 };
 using ExprPtr = std::unique_ptr<Expr>;
 
+// Statements that blocks and loops run without a virtual call (run_inline.h).
+enum class StmtKind : uint8_t { Other, Assign };
+
 class Stmt {
  public:
-  explicit Stmt(Pos p) : pos(p) {}
+  explicit Stmt(Pos p, StmtKind k = StmtKind::Other) : pos(p), kind(k) {}
   virtual ~Stmt() = default;
   virtual Flow Exec(Frame& f) const = 0;
   Pos pos;
+  const StmtKind kind;
 };
 using StmtPtr = std::unique_ptr<Stmt>;
 
@@ -81,6 +85,8 @@ using StmtPtr = std::unique_ptr<Stmt>;
 class Block {
  public:
   Flow Exec(Frame& f) const;
+  // The same, inlined where procedures' bodies and If's branches run (defined in run_inline.h).
+  inline Flow ExecInline(Frame& f) const;
   std::vector<StmtPtr> stmts;
 };
 
