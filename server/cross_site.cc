@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "corvane/codepage.h"
+#include "corvane/host.h"
 #include "corvane/text.h"
 
 namespace corvane::server {
@@ -12,28 +14,6 @@ namespace {
 // is as much a write as a POST).
 constexpr std::array<std::string_view, 9> kWriteActions = {"delete", "insert2", "update2", "setcol2", "del",
                                                            "rename", "add",     "save",    "remove"};
-
-int HexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
-
-std::string FormDecode(std::string_view s) {
-  std::string out;
-  for (size_t i = 0; i < s.size(); ++i) {
-    if (s[i] == '+') {
-      out += ' ';
-    } else if (s[i] == '%' && i + 2 < s.size() && HexDigit(s[i + 1]) >= 0 && HexDigit(s[i + 2]) >= 0) {
-      out += static_cast<char>(HexDigit(s[i + 1]) * 16 + HexDigit(s[i + 2]));
-      i += 2;
-    } else {
-      out += s[i];
-    }
-  }
-  return out;
-}
 
 // "http://host:port/path" -> "host:port" (lower case); "" when it is not such a URL.
 std::string HostOf(std::string_view url) {
@@ -51,19 +31,14 @@ std::string HostOf(std::string_view url) {
 
 bool IsWriteRequest(std::string_view method, std::string_view query) {
   if (method != "GET" && method != "HEAD") return true;
-  size_t pos = 0;
-  while (pos <= query.size()) {
-    size_t end = query.find('&', pos);
-    if (end == std::string_view::npos) end = query.size();
-    std::string_view part = query.substr(pos, end - pos);
-    pos = end + 1;
-    size_t eq = part.find('=');
-    if (eq == std::string_view::npos) continue;
-    std::string name = LCase(FormDecode(part.substr(0, eq)));
-    if (name != "action" && name != "ac") continue;
-    std::string value = LCase(Trim(FormDecode(part.substr(eq + 1))));
+  // The words are ASCII: any code page decodes them alike.
+  const host::ValueCollection values = host::ParseUrlEncoded(query, kCodePageUtf8);
+  for (const auto& [name, value] : values.Items()) {
+    const std::string n = LCase(name);
+    if (n != "action" && n != "ac") continue;
+    const std::string v = LCase(Trim(value));
     for (std::string_view w : kWriteActions)
-      if (value == w) return true;
+      if (v == w) return true;
   }
   return false;
 }
