@@ -15,6 +15,9 @@
 #include "script/regexp_engine.h"
 
 #include <cstdint>
+#include <mutex>
+#include <string>
+#include <unordered_map>
 
 #include "corvane/error.h"
 
@@ -41,6 +44,22 @@ struct Pattern::Code {
 };
 
 Pattern::Pattern(std::string_view source, bool ignoreCase, bool multiLine) {
+  // Compiled patterns are kept by their text and options: pages make a new RegExp for each use, and
+  // a JIT compile costs tens of microseconds. A compiled pattern is read-only, so threads share it;
+  // the cache starts again when full. Long patterns are compiled each time, so that the cache stays
+  // small.
+  static std::mutex cacheMutex;
+  static std::unordered_map<std::string, std::shared_ptr<const Code>> cache;
+  constexpr size_t kCacheSize = 512, kLongPattern = 1024;
+  std::string key = std::string(source) + '\0' + (ignoreCase ? 'i' : '-') + (multiLine ? 'm' : '-');
+  const bool cached = source.size() <= kLongPattern;
+  if (cached) {
+    std::lock_guard lock(cacheMutex);
+    if (auto it = cache.find(key); it != cache.end()) {
+      code_ = it->second;
+      return;
+    }
+  }
   const std::string translated = TranslatePattern(source);
   uint32_t options = PCRE2_UTF | PCRE2_MATCH_INVALID_UTF | PCRE2_DOLLAR_ENDONLY | PCRE2_ALLOW_EMPTY_CLASS |
                      PCRE2_MATCH_UNSET_BACKREF | PCRE2_NEVER_BACKSLASH_C | PCRE2_NEVER_UCP;
@@ -57,6 +76,10 @@ Pattern::Pattern(std::string_view source, bool ignoreCase, bool multiLine) {
   if (!code->code) ThrowSyntaxError();
   pcre2_jit_compile(code->code, PCRE2_JIT_COMPLETE);  // where it fails, the interpreter runs it
   code_ = std::move(code);
+  if (!cached) return;
+  std::lock_guard lock(cacheMutex);
+  if (cache.size() >= kCacheSize) cache.clear();
+  cache.emplace(std::move(key), code_);
 }
 
 size_t Pattern::Groups() const {

@@ -63,6 +63,8 @@ TEST(RegExp, ReadsThePlatformsSyntax) {
       {"a[^]b", "a\nb", "g", "0+3:a\nb"},   {"[\\b]", "\b", "g", "0+1:\b"},  {"a{", "a{", "g", "0+2:a{"},
       {"x{1,", "x{1,", "g", "0+4:x{1,"},    {"a{2}", "aaa", "g", "0+2:aa"},  {"a}]", "a}]", "g", "0+3:a}]"},
       {"ÉCOLE", "école", "gi", "0+5:école"}, {"a+?", "aa", "g", "0+1:a 1+1:a"},
+      // A pattern used again with other options is not the one compiled before.
+      {"ÉCOLE", "école", "g", ""},           {"a$", "a\nb", "g", ""},
       {"(?:a|(b))(?=c)", "bc ac", "g", "0+1:b(b) 3+1:a(<e>)"},     {"a", "中" + kSmile + "a\xFF" "a", "g", "3+1:a 5+1:a"},
       {"x*", "abc", "g", "0+0: 1+0: 2+0: 3+0:"},                    {"a*", "baaac", "g", "0+0: 1+3:aaa 4+0: 5+0:"},
       {"x*", kSmile, "g", "0+0: 2+0:"},     {"o", "foo", "", "1+1:o"},
