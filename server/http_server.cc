@@ -81,12 +81,13 @@ bool IsScriptPagePath(std::string_view path) {
   return path.size() > 4 && EqualsNoCase(path.substr(path.size() - 4), ".asp");
 }
 
-// A short page of the host's own: a status and what it means.
-void SetStatusPage(httplib::Response& res, int status, std::string_view title, std::string_view message) {
+// A short page of the host's own: a status, what it means, and a message when there is one.
+void SetStatusPage(httplib::Response& res, int status, std::string_view title,
+                   std::string_view message = "") {
   res.status = status;
-  std::string body = "<html><body><h2>" + std::to_string(status) + " " + std::string(title) + "</h2>";
+  std::string body =
+      "<html><body><h2>" + std::to_string(status) + (title.empty() ? "" : " ") + std::string(title) + "</h2>";
   if (!message.empty()) body += "<p>" + host::HtmlEncode(message) + "</p>";
-  res.set_header("Cache-Control", "private, no-cache");
   res.set_content(body + "</body></html>", "text/html; charset=utf-8");
 }
 
@@ -183,10 +184,10 @@ struct HttpServer::Impl {
     });
     http.set_error_handler([](const httplib::Request&, httplib::Response& res) {
       if (!res.body.empty()) return;
-      std::string text = std::to_string(res.status) + (res.status == 404   ? " Not Found"
-                                                       : res.status == 413 ? " Payload Too Large"
-                                                                           : "");
-      res.set_content("<html><body><h2>" + text + "</h2></body></html>", "text/html; charset=utf-8");
+      SetStatusPage(res, res.status,
+                    res.status == 404   ? "Not Found"
+                    : res.status == 413 ? "Payload Too Large"
+                                        : "");
     });
     if (options.accessLog) http.set_logger(LogLine);
     sweeper = std::jthread([this](std::stop_token stop) {
@@ -210,6 +211,7 @@ struct HttpServer::Impl {
         IsCrossSite([&](std::string_view name) { return req.get_header_value(std::string(name).c_str()); })) {
       LogError(EscapeForLog("corvane-server: 403 " + req.method + " " + req.path + " from " +
                             req.remote_addr + ": a write started by another site"));
+      res.set_header("Cache-Control", "private, no-cache");
       SetStatusPage(res, 403, "跨站请求被拒绝 (cross-site request refused)",
                     "A page of another site asked for this change; it was not made.");
       return;
@@ -320,10 +322,10 @@ struct HttpServer::Impl {
       for (auto& nv : v.serverVariables) serverVariables.push_back(std::move(nv));
       return true;
     }
+    res.set_header("Cache-Control", "private, no-cache");
     if (v.status == 302) {
       res.status = 302;
       res.set_header("Location", v.location);
-      res.set_header("Cache-Control", "private, no-cache");
     } else {
       SetStatusPage(res, v.status, v.status == 403 ? "没有权限 (forbidden)" : "", v.message);
     }
