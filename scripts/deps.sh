@@ -2,17 +2,20 @@
 # Installs the Debian packages the build and tests need; skips apt entirely when all are present.
 #   bash scripts/deps.sh          everything: the build, the tests, benchmarks and fuzzing
 #   bash scripts/deps.sh site     only what building and running corvane-server needs
-#   build: compilers, CMake, SQLite, PCRE2 (the script engine's RegExp), libsodium (password hashes),
-#   cpp-httplib (corvane-server)
+#   build: compilers, CMake, SQLite, unixODBC (database servers), PCRE2 (the script engine's RegExp),
+#   libsodium (password hashes), Boost.Beast/Asio and OpenSSL (corvane-server's HTTP and HTTPS)
 #   tests: GoogleTest, Google Benchmark, clang with its runtime (fuzzing), chromium (headless browser
 #   test), a CJK font (readable screenshots), the sqlite3 shell (the tests read the database), node and
-#   npm (playwright-core drives chromium), wrk and lua5.4 (bench/)
+#   npm (playwright-core drives chromium), wrk, nginx and lua5.4 (bench/), PostgreSQL and MariaDB with
+#   their ODBC drivers and FreeTDS's (the data layer's server backends; libpq is the bench's floor)
 set -euo pipefail
-pkgs=(build-essential cmake pkg-config libsqlite3-dev libpcre2-dev libsodium-dev libcpp-httplib-dev)
+pkgs=(build-essential cmake pkg-config libsqlite3-dev unixodbc-dev libpcre2-dev libsodium-dev libcpp-httplib-dev
+      libboost-dev libssl-dev)
 site_only=false
 [ "${1:-}" = site ] && site_only=true
 $site_only || pkgs+=(libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
-                     chromium fonts-wqy-microhei sqlite3 wrk lua5.4)
+                     chromium fonts-wqy-microhei sqlite3 wrk nginx lua5.4
+                     postgresql odbc-postgresql mariadb-server odbc-mariadb tdsodbc libpq-dev)
 missing=()
 for p in "${pkgs[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")
