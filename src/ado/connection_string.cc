@@ -33,7 +33,23 @@ ConnectionString ConnectionString::Parse(std::string_view text) {
     size_t j = eq + 1;
     while (j < text.size() && (text[j] == ' ' || text[j] == '\t')) ++j;
     std::string value;
-    if (j < text.size() && (text[j] == '"' || text[j] == '\'')) {
+    if (j < text.size() && text[j] == '{') {
+      // ODBC's braces: everything up to the closing brace, ";" included; "}}" stands for "}".
+      for (++j; j < text.size(); ++j) {
+        if (text[j] == '}') {
+          if (j + 1 < text.size() && text[j + 1] == '}') {
+            value += '}';
+            ++j;
+            continue;
+          }
+          ++j;
+          break;
+        }
+        value += text[j];
+      }
+      size_t end = text.find(';', j);
+      i = end == std::string_view::npos ? text.size() : end + 1;
+    } else if (j < text.size() && (text[j] == '"' || text[j] == '\'')) {
       char quote = text[j++];
       for (; j < text.size(); ++j) {
         if (text[j] == quote) {

@@ -1,6 +1,7 @@
 // ADO-style connection strings: "key=value;key=value", keys in any case, blanks around keys and values
-// ignored, a value may be quoted with " or ' (a doubled quote inside stands for one). A text without
-// any "=" is a bare file path.
+// ignored, a value may be quoted with " or ' (a doubled quote inside stands for one) or, as ODBC
+// writes it, put in braces ("Driver={PostgreSQL Unicode}", "Pwd={a;b}"; "}}" inside stands for "}").
+// A text without any "=" is a bare file path.
 #pragma once
 
 #include <optional>
@@ -19,6 +20,8 @@ class ConnectionString {
   std::optional<std::string> Get(std::string_view key) const;
   // The whole text when it has no "=": a bare path; empty otherwise.
   const std::string& BarePath() const { return barePath_; }
+  // Every setting in the order written, keys lower-cased.
+  const std::vector<std::pair<std::string, std::string>>& Entries() const { return entries_; }
 
  private:
   std::vector<std::pair<std::string, std::string>> entries_;  // keys lower-cased

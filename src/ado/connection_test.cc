@@ -11,7 +11,7 @@ using ConnectionTest = DataLayerTest;
 
 TEST_P(ConnectionTest, OpenTwiceCloseTwiceExecuteWhenClosedAndNoDriverForTheString) {
   Connection c;
-  for (const char* unknown : {"Provider=SQLOLEDB;Data Source=srv", "", "office.mdb"})
+  for (const char* unknown : {"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=office.mdb", "", "office.mdb"})
     EXPECT_EQ(ErrorNumber([&] { c.Open(unknown); }), 3706) << unknown;
   c.Open(cs);
   EXPECT_EQ(ErrorNumber([&] { c.Open(cs); }), 3705);

@@ -4,9 +4,9 @@
 // one Connection (and the recordsets opened on it) at a time, and given back to the driver's pool
 // when the last of them lets go. A Session prepares one statement at a time into a Cursor that steps
 // lazily. Each driver owns its SQL dialect: the components' text goes through Adapt before Prepare,
-// and the recordset asks the session for its count and paging texts.
+// and the recordset asks the session for its count text and for the rows of a page.
 //
-// SQLite is the only driver so far; an ODBC driver plugs in beside it (see drivers.cc).
+// The drivers: SQLite (embedded) and ODBC (database servers); see drivers.cc.
 #pragma once
 
 #include <cstdint>
@@ -44,12 +44,14 @@ class Session {
   virtual ~Session() = default;
   // The components' SQL in this database's dialect.
   virtual std::string Adapt(std::string_view sql) const = 0;
-  // A query that counts the rows of `adapted`, and one that gives its rows from a 0-based offset on.
+  // A query that counts the rows of `adapted`.
   virtual std::string CountQuery(std::string_view adapted) const = 0;
-  virtual std::string OffsetQuery(std::string_view adapted, int64_t offset) const = 0;
   // Prepares `adapted` (one statement). Raises Error::Database with the database's message when it is
   // rejected, and when more than one statement is given; nothing runs then.
   virtual std::unique_ptr<Cursor> Prepare(const std::string& adapted) = 0;
+  // The rows of the query `adapted` from the 0-based row `offset` on, the rows before it skipped by
+  // the database rather than read.
+  virtual std::unique_ptr<Cursor> PrepareFrom(const std::string& adapted, int64_t offset) = 0;
 };
 
 class Driver {

@@ -74,7 +74,7 @@ void Recordset::MoveNext() {
 
 void Recordset::MoveFirst() {
   impl_->RequireOpen();
-  impl_->Restart(impl_->adapted, 0);
+  impl_->Restart(0);
 }
 
 }  // namespace corvane::ado

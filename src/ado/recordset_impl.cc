@@ -30,12 +30,12 @@ int64_t RecordsetImpl::Open(std::shared_ptr<Session> s, std::string_view text) {
   return -1;
 }
 
-void RecordsetImpl::Restart(const std::string& sql, int64_t offset) {
+void RecordsetImpl::Restart(int64_t offset) {
   // The old statement goes back to the cache first, so running the same text again reuses it.
   cursor.reset();
   eof = true;
   position = offset;
-  cursor = session->Prepare(sql);
+  cursor = session->PrepareFrom(adapted, offset);
   eof = !cursor->Step();
 }
 

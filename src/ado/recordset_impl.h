@@ -25,8 +25,8 @@ class RecordsetImpl {
   // columns (an insert given to Open) is run instead, and the recordset stays closed, as ADO leaves
   // it; the answer is then the number of rows it changed, else -1.
   int64_t Open(std::shared_ptr<Session> session, std::string_view source);
-  // Runs `sql` (adapted) again from row `offset` on and stands on its first row.
-  void Restart(const std::string& sql, int64_t offset);
+  // Runs the statement again from row `offset` on and stands on its first row.
+  void Restart(int64_t offset);
   void Step();
   void Reset();  // back to closed
 

@@ -24,7 +24,7 @@ void Recordset::SetAbsolutePage(int32_t page) {
   impl_->RequireOpen();
   if (page < 1) throw Error::ArgumentsOutOfRange();
   int64_t offset = static_cast<int64_t>(page - 1) * impl_->pageSize;
-  impl_->Restart(impl_->session->OffsetQuery(impl_->adapted, offset), offset);
+  impl_->Restart(offset);
 }
 
 int32_t Recordset::AbsolutePage() const {

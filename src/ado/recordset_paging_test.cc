@@ -6,7 +6,7 @@ namespace corvane::ado::testing {
 
 class PagingTest : public DataLayerTest {
  protected:
-  void SetUp() override {
+  void Seed() override {
     Run({"create table t(id int)", "insert t(id) values(1),(2),(3),(4),(5),(6),(7),(8),(9),(10),(11)"});
   }
 };

@@ -5,15 +5,16 @@ namespace corvane::ado::testing {
 
 class RecordsetTest : public DataLayerTest {
  protected:
-  void SetUp() override {
+  void Seed() override {
     Run(
         {"create table person(personID int primary key, personName varchar(20), dutyID int, s smallint, "
          "d double precision, n decimal(8,2), ts timestamp, dd date, c char(2), tx text)",
          "insert person(personID,personName,dutyID,s,d,n,ts,dd,c,tx) "
          "values(1,'张三',2,4,2.5,3.25,'2026-11-02 08:30:00','2026-11-02','ab','x')",
          "insert person(personID,personName,dutyID) values(2,'李四',null),(3,'王五',2)"});
+    c = Connect();
   }
-  std::shared_ptr<Connection> c = Connect();
+  std::shared_ptr<Connection> c;
 };
 
 TEST_P(RecordsetTest, OpensOnAConnectionOrAStringWithTheCursorTypesItKnows) {

@@ -1,8 +1,8 @@
 #include "ado/sqlite/sqlite_driver.h"
 
 #include "ado/connection_string.h"
+#include "ado/sql_dialect.h"
 #include "ado/sqlite/sqlite_cursor.h"
-#include "ado/sqlite_dialect.h"
 #include "corvane/error.h"
 
 namespace corvane::ado::detail {
@@ -59,10 +59,12 @@ SqliteSession::~SqliteSession() { pool_->Give(std::move(handle_)); }
 
 std::string SqliteSession::Adapt(std::string_view sql) const { return AdaptForSqlite(sql); }
 
-std::string SqliteSession::CountQuery(std::string_view adapted) const { return SqliteCountQuery(adapted); }
+std::string SqliteSession::CountQuery(std::string_view adapted) const {
+  return detail::CountQuery(Dialect::SQLite, adapted);
+}
 
-std::string SqliteSession::OffsetQuery(std::string_view adapted, int64_t offset) const {
-  return SqliteOffsetQuery(adapted, offset);
+std::unique_ptr<Cursor> SqliteSession::PrepareFrom(const std::string& adapted, int64_t offset) {
+  return Prepare(offset == 0 ? adapted : OffsetQuery(Dialect::SQLite, adapted, offset));
 }
 
 std::unique_ptr<Cursor> SqliteSession::Prepare(const std::string& adapted) {

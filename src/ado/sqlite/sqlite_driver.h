@@ -19,8 +19,8 @@ class SqliteSession : public Session, public std::enable_shared_from_this<Sqlite
 
   std::string Adapt(std::string_view sql) const override;
   std::string CountQuery(std::string_view adapted) const override;
-  std::string OffsetQuery(std::string_view adapted, int64_t offset) const override;
   std::unique_ptr<Cursor> Prepare(const std::string& adapted) override;
+  std::unique_ptr<Cursor> PrepareFrom(const std::string& adapted, int64_t offset) override;
 
   SqliteHandle& handle() { return *handle_; }
 
