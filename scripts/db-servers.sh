@@ -7,7 +7,10 @@
 #                                          the ODBC connection strings to DIR/env:
 #                                            CORVANE_TEST_PG='Driver={PostgreSQL Unicode};...'
 #                                            CORVANE_TEST_MARIADB='Driver={MariaDB Unicode};...'
-#                                          and ODBCSYSINI=DIR: the drivers' entries, logs off
+#                                          and ODBCSYSINI=DIR: the drivers' entries, logs off;
+#                                          CORVANE_TEST_DB_DIR=DIR: the servers' folders, for the
+#                                          tests that stop and start a server (PostgreSQL's data
+#                                          folder is DIR/pg/data)
 #   bash scripts/db-servers.sh stop DIR    stops both and removes DIR
 #
 # Both servers refuse to run as root: under root they run as the system user corvane-test (made when
@@ -75,6 +78,7 @@ stop() {
 }
 
 start() {
+  bash "$(dirname "${BASH_SOURCE[0]}")/deps.sh" servers
   stop
   mkdir -p "$dir/pg" "$dir/mariadb"
   [ ${#run[@]} -eq 0 ] || chown -R corvane-test: "$dir"
@@ -127,6 +131,7 @@ start() {
   done >"$dir/odbcinst.ini"
   {
     echo "ODBCSYSINI='$dir'"
+    echo "CORVANE_TEST_DB_DIR='$dir'"
     echo "CORVANE_TEST_PG='Driver=$pg_driver;Server=127.0.0.1;Port=$pg_port;Database=corvane;Uid=corvane;Pwd={$password}'"
     echo "CORVANE_TEST_MARIADB='Driver=$my_driver;Server=127.0.0.1;Port=$my_port;Database=corvane;Uid=corvane;Pwd={$password}'"
   } >"$dir/env.tmp"

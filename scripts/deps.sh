@@ -2,6 +2,7 @@
 # Installs the Debian packages the build and tests need; skips apt entirely when all are present.
 #   bash scripts/deps.sh          everything: the build, the tests, benchmarks and fuzzing
 #   bash scripts/deps.sh site     only what building and running corvane-server needs
+#   bash scripts/deps.sh servers  only PostgreSQL and MariaDB with their ODBC drivers (scripts/db-servers.sh)
 #   build: compilers, CMake, SQLite, unixODBC (database servers), PCRE2 (the script engine's RegExp),
 #   libsodium (password hashes), Boost.Beast/Asio and OpenSSL (corvane-server's HTTP and HTTPS)
 #   tests: GoogleTest, Google Benchmark, clang with its runtime (fuzzing), chromium (headless browser
@@ -13,6 +14,7 @@ pkgs=(build-essential cmake pkg-config libsqlite3-dev unixodbc-dev libpcre2-dev 
       libboost-dev libssl-dev)
 site_only=false
 [ "${1:-}" = site ] && site_only=true
+[ "${1:-}" = servers ] && pkgs=(postgresql odbc-postgresql mariadb-server odbc-mariadb) site_only=true
 $site_only || pkgs+=(libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
                      chromium fonts-wqy-microhei sqlite3 wrk nginx lua5.4
                      postgresql odbc-postgresql mariadb-server odbc-mariadb tdsodbc libpq-dev)

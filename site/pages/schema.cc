@@ -1,9 +1,15 @@
 // The demo office's tables. Column names are those the components' SQL names; dates are DATETIME
-// columns holding the locale's date text ("2026-11-02" or "2026-11-02 18:00:00").
+// columns (on SQLite they hold the locale's date text, "2026-11-02" or "2026-11-02 18:00:00").
+// The statements are the components' dialect, which the data layer adapts to each database.
 #include "schema.h"
+
+#include <algorithm>
+#include <cctype>
 
 namespace corvane::site {
 
+// An INTEGER PRIMARY KEY is given the next number when an insert leaves it out (DNA's inserts do); on a
+// database server the data layer makes it an identity or auto-increment column.
 const std::vector<std::string_view>& SchemaStatements() {
   static const std::vector<std::string_view> statements = {
       "create table systems(systemID INTEGER PRIMARY KEY, systemName VARCHAR(50))",
@@ -38,6 +44,26 @@ const std::vector<std::string_view>& SchemaStatements() {
       " personID INT, uploadTime DATETIME, remark VARCHAR(200))",
   };
   return statements;
+}
+
+std::vector<std::string> AfterSeedStatements(SqlProduct product) {
+  std::vector<std::string> out;
+  if (product != SqlProduct::PostgreSQL) return out;
+  // The seed gives its keys explicitly; an identity's sequence must then start past the highest.
+  for (std::string_view sql : SchemaStatements()) {
+    size_t key = sql.find(" INTEGER PRIMARY KEY");
+    if (key == std::string_view::npos) continue;
+    size_t open = sql.find('(');
+    std::string table(sql.substr(13, open - 13));  // after "create table "
+    std::string column(sql.substr(open + 1, key - open - 1));
+    // The sequence's column name is taken as written, and PostgreSQL keeps unquoted names in lower case.
+    std::string folded = column;
+    std::transform(folded.begin(), folded.end(), folded.begin(),
+                   [](unsigned char c) { return std::tolower(c); });
+    out.push_back("select setval(pg_get_serial_sequence('" + table + "','" + folded +
+                  "'),coalesce((select max(" + column + ") from " + table + "),1))");
+  }
+  return out;
 }
 
 }  // namespace corvane::site

@@ -7,8 +7,13 @@
 
 namespace corvane::site {
 
+// The database products the site's schema is written for.
+enum class SqlProduct { SQLite, PostgreSQL, MariaDB };
+
 // One "create" statement each, in the order they must run.
 const std::vector<std::string_view>& SchemaStatements();
+// What must run after the seed rows are in (PostgreSQL: the key sequences moved past the seed's keys).
+std::vector<std::string> AfterSeedStatements(SqlProduct product);
 
 // The seed rows as insert statements, with the plans laid out around `today` (a Date serial).
 std::vector<std::string> SeedStatements(double today);

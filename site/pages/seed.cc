@@ -287,6 +287,23 @@ void HashPlainPasswords(const std::shared_ptr<ado::Connection>& conn) {
   }
 }
 
+// Which product the connection reaches: the servers name themselves in version(), which SQLite does
+// not have.
+SqlProduct ProductOf(const std::shared_ptr<ado::Connection>& conn) {
+  std::string version;
+  try {
+    ado::Recordset rs;
+    rs.Open("select version()", conn, 3);
+    version = rs.Field(0).ToString();
+    rs.Close();
+  } catch (const Error&) {
+    return SqlProduct::SQLite;
+  }
+  return version.find("MariaDB") != std::string::npos || version.find("MySQL") != std::string::npos
+             ? SqlProduct::MariaDB
+             : SqlProduct::PostgreSQL;
+}
+
 }  // namespace
 
 bool PrepareDatabase(const std::string& connStr) {
@@ -299,10 +316,12 @@ bool PrepareDatabase(const std::string& connStr) {
     probe.Close();
   } catch (const Error&) {
     // No person table: a new database. Everything goes in as one transaction.
+    const SqlProduct product = ProductOf(conn);
     conn->Execute("begin");
     try {
       for (std::string_view sql : SchemaStatements()) conn->Execute(sql);
       for (const std::string& sql : SeedStatements(Now())) conn->Execute(sql);
+      for (const std::string& sql : AfterSeedStatements(product)) conn->Execute(sql);
       conn->Execute("commit");
     } catch (...) {
       conn->Execute("rollback");
