@@ -37,7 +37,7 @@ End Sub
 ' folder. The raw body (Request.Form without a name) is read without taking it from the component;
 ' every "filename=" quoted text in it is checked, as the component finds them, contents included.
 Sub GuardFileNames()
-  If Fits(Request.Form & "", "filename=""[^""]*/") Then RefuseInput "file1", "文件名不能含 /。"
+  If Fits(Request.Form, "filename=""[^""]*/") Then RefuseInput "file1", "文件名不能含 /。"
 End Sub
 
 Dim message, up, result, fileName, size, conn, rs, n

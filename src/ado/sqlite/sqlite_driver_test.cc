@@ -93,4 +93,17 @@ TEST(SqliteDriver, ADeepPageCostsItsOwnRowsOnlyAndTheHandleGoesBackWithNoStateme
     EXPECT_FALSE(sqlite3_stmt_busy(s)) << sqlite3_sql(s);
 }
 
+// A database file moved away under a running program (a restore, an operator's mv) must not take
+// the next writes with it: a pooled handle of the moved file is dropped, and the path is opened anew.
+TEST(SqliteDriver, AHandleWhoseFileWasMovedIsNotReused) {
+  ScratchDatabase db;
+  db.Run({"create table t(id integer)", "insert into t values(1)"});
+  std::filesystem::rename(db.file, db.file.string() + ".moved");
+  for (const char* side : {"-wal", "-shm"}) std::filesystem::remove(db.file.string() + side);
+  Connection c;
+  c.Open(db.connectionString);
+  EXPECT_THAT([&] { c.Execute("insert into t values(2)"); },
+              ThrowsMessage<Error>(::testing::HasSubstr("no such table")));
+}
+
 }  // namespace corvane::ado::testing

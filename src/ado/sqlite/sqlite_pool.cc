@@ -18,13 +18,19 @@ std::shared_ptr<SqlitePool> SqlitePool::For(const std::string& path) {
 }
 
 std::unique_ptr<SqliteHandle> SqlitePool::Take() {
-  {
-    std::lock_guard lock(mu_);
-    if (!idle_.empty()) {
-      std::unique_ptr<SqliteHandle> handle = std::move(idle_.back());
+  while (true) {
+    std::unique_ptr<SqliteHandle> handle;
+    {
+      std::lock_guard lock(mu_);
+      if (idle_.empty()) break;
+      handle = std::move(idle_.back());
       idle_.pop_back();
-      return handle;
     }
+    // A handle keeps its file open even after the file was moved or deleted: what it wrote then
+    // would go to a file nobody opens again. Such a handle is closed, and the path opened anew.
+    int moved = 0;
+    if (sqlite3_file_control(handle->db(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && !moved)
+      return handle;
   }
   return SqliteHandle::Open(path_);
 }
