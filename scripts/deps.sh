@@ -8,7 +8,7 @@
 #   tests: GoogleTest, Google Benchmark, clang with its runtime (fuzzing), chromium (headless browser
 #   test), a CJK font (readable screenshots), the sqlite3 shell (the tests read the database), node and
 #   npm (playwright-core drives chromium), wrk, nginx and lua5.4 (bench/), PostgreSQL and MariaDB with
-#   their ODBC drivers and FreeTDS's (the data layer's server backends; libpq is the bench's floor)
+#   their ODBC drivers and FreeTDS's (the data layer's server backends; libpq and libmariadb are the bench's floors)
 set -euo pipefail
 pkgs=(build-essential cmake pkg-config libsqlite3-dev unixodbc-dev libpcre2-dev libsodium-dev libcpp-httplib-dev
       libboost-dev libssl-dev)
@@ -17,7 +17,7 @@ site_only=false
 [ "${1:-}" = servers ] && pkgs=(postgresql odbc-postgresql mariadb-server odbc-mariadb) site_only=true
 $site_only || pkgs+=(libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
                      chromium fonts-wqy-microhei sqlite3 wrk nginx lua5.4
-                     postgresql odbc-postgresql mariadb-server odbc-mariadb tdsodbc libpq-dev)
+                     postgresql odbc-postgresql mariadb-server odbc-mariadb tdsodbc libpq-dev libmariadb-dev)
 missing=()
 for p in "${pkgs[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")

@@ -80,12 +80,23 @@ server::GuardVerdict PageRights::operator()(const server::GuardRequest& request)
   const int32_t person = SignedInPerson(request.session);
   if (person == 0) return {.status = 302, .location = std::string(kSignInPage)};
 
-  auto conn = std::make_shared<ado::Connection>();
-  conn->Open(connStr_);
-  const MenuLinks links = LinksTo(conn, page);
   const bool systemAccount = request.session.Get("personName").ToString() == "sysop";
-  const std::set<int32_t> rights = systemAccount ? std::set<int32_t>{} : RightsOf(conn, person);
-  conn->Close();
+  MenuLinks links;
+  std::set<int32_t> rights;
+  try {
+    auto conn = std::make_shared<ado::Connection>();
+    conn->Open(connStr_);
+    links = LinksTo(conn, page);
+    if (!systemAccount) rights = RightsOf(conn, person);
+    conn->Close();
+  } catch (const Error& e) {
+    // The rights cannot be read (the database is down or refuses): nothing opens, and the page says
+    // why. The data layer's messages never hold the password.
+    return {.status = 503,
+            .message = "暂时无法读取权限 (the rights could not be read): " + e.Description(),
+            .logLine = "503 " + std::string(request.method) + " " + std::string(request.sitePath) + ": " +
+                       e.Description()};
+  }
 
   const bool administrator = systemAccount || HoldsAny(rights, links.toRightsPage);
   bool allowed;

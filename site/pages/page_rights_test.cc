@@ -92,5 +92,17 @@ TEST_F(PageRightsTest, RightsChangedInTheDatabaseHoldFromTheNextPage) {
   conn.Close();
 }
 
+TEST(PageRights, RightsThatCannotBeReadOpenNothingAndTheRefusalSaysWhy) {
+  host::SessionObject session;
+  session.Set("personID", Variant(int32_t{2}));
+  session.Set("personName", Variant(std::string("张伟")));
+  const std::string missing = corvane::testing::ScratchPath("none").string() + "/site.db";
+  server::GuardVerdict v = PageRights("Provider=SQLite;Data Source=" + missing)(
+      {.method = "GET", .sitePath = "/staff.asp", .session = session, .remoteAddr = "127.0.0.1"});
+  EXPECT_EQ(v.status, 503);
+  EXPECT_NE(v.message.find("the rights could not be read"), std::string::npos) << v.message;
+  EXPECT_TRUE(v.serverVariables.empty());
+}
+
 }  // namespace
 }  // namespace corvane::site
