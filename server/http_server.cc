@@ -1,13 +1,10 @@
 #include "http_server.h"
 
-#include <httplib.h>
-
 #include <atomic>
 #include <cctype>
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
-#include <ctime>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
@@ -15,6 +12,8 @@
 #include "corvane/text.h"
 #include "cross_site.h"
 #include "error_page.h"
+#include "http_listener.h"
+#include "http_workers.h"
 #include "page_runner.h"
 #include "script_host.h"
 #include "session_store.h"
@@ -42,29 +41,14 @@ std::string CookieValue(std::string_view header, std::string_view name) {
 
 namespace {
 
-constexpr std::string_view kRawPrefix = "corvane-raw/";
-
-bool StartsNoCase(std::string_view s, std::string_view prefix) {
-  return s.size() >= prefix.size() && EqualsNoCase(s.substr(0, prefix.size()), prefix);
-}
-
-std::string ContentTypeOf(const httplib::Request& req) {
-  std::string type = req.get_header_value("Content-Type");
-  if (type.rfind(kRawPrefix, 0) == 0) type.erase(0, kRawPrefix.size());
-  return type;
-}
-
-std::string QueryOf(const httplib::Request& req) {
-  size_t q = req.target.find('?');
-  return q == std::string::npos ? "" : req.target.substr(q + 1);
-}
+constexpr std::string_view kHealthPath = "/-/health";
 
 // The request's headers as the host's server variables: HTTP_USER_AGENT, HTTP_COOKIE, ...
-std::vector<std::pair<std::string, std::string>> ServerVariablesOf(const httplib::Request& req) {
-  std::vector<std::pair<std::string, std::string>> vars = {
-      {"REMOTE_ADDR", req.remote_addr}, {"REMOTE_HOST", req.remote_addr},
-      {"LOCAL_ADDR", req.local_addr},   {"SERVER_PORT", std::to_string(req.local_port)},
-      {"SERVER_PROTOCOL", req.version},
+host::NameValues ServerVariablesOf(const HttpRequest& req) {
+  host::NameValues vars = {
+      {"REMOTE_ADDR", req.remoteAddr},  {"REMOTE_HOST", req.remoteAddr},
+      {"LOCAL_ADDR", req.localAddr},    {"SERVER_PORT", std::to_string(req.localPort)},
+      {"SERVER_PROTOCOL", req.version}, {"HTTPS", req.secure ? "on" : "off"},
   };
   for (const auto& [name, value] : req.headers) {
     std::string key = "HTTP_";
@@ -72,7 +56,7 @@ std::vector<std::pair<std::string, std::string>> ServerVariablesOf(const httplib
       key += c == '-' ? '_' : static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
     vars.emplace_back(std::move(key), value);
   }
-  if (req.has_header("Host")) vars.emplace_back("SERVER_NAME", req.get_header_value("Host"));
+  if (std::string host = req.Header("Host"); !host.empty()) vars.emplace_back("SERVER_NAME", std::move(host));
   return vars;
 }
 
@@ -81,35 +65,23 @@ bool IsScriptPagePath(std::string_view path) {
   return path.size() > 4 && EqualsNoCase(path.substr(path.size() - 4), ".asp");
 }
 
-// A short page of the host's own: a status, what it means, and a message when there is one.
-void SetStatusPage(httplib::Response& res, int status, std::string_view title,
-                   std::string_view message = "") {
-  res.status = status;
-  std::string body =
-      "<html><body><h2>" + std::to_string(status) + (title.empty() ? "" : " ") + std::string(title) + "</h2>";
-  if (!message.empty()) body += "<p>" + host::HtmlEncode(message) + "</p>";
-  res.set_content(body + "</body></html>", "text/html; charset=utf-8");
-}
-
 // An error line on stderr, whole even when several threads write at once.
 void LogError(const std::string& line) {
   std::fprintf(stderr, "%s\n", line.c_str());
   std::fflush(stderr);
 }
 
-void LogLine(const httplib::Request& req, const httplib::Response& res) {
-  static std::mutex mu;
-  std::time_t now = std::time(nullptr);
-  std::tm tm{};
-  localtime_r(&now, &tm);
-  char when[32];
-  std::strftime(when, sizeof when, "%d/%b/%Y:%H:%M:%S %z", &tm);
-  std::lock_guard lock(mu);
-  // The request line is the client's: its control bytes must not forge log lines.
-  std::fprintf(stdout, "%s - - [%s] \"%s %s %s\" %d %zu\n", req.remote_addr.c_str(), when,
-               EscapeForLog(req.method).c_str(), EscapeForLog(req.target).c_str(),
-               EscapeForLog(req.version).c_str(), res.status, res.body.size());
+// One access log line on stdout (one write, so lines of several threads never mix).
+void WriteAccessLine(std::string line) {
+  line += '\n';
+  std::fwrite(line.data(), 1, line.size(), stdout);
   std::fflush(stdout);
+}
+
+// Whether a session holds anything worth keeping it for: values, objects of session scope, or a
+// sign-in (a new id asked for).
+bool IsUsed(host::SessionObject& s) {
+  return s.Values().Count() > 0 || s.StaticObjects().Count() > 0 || s.NewIDRequested();
 }
 
 }  // namespace
@@ -122,10 +94,13 @@ struct HttpServer::Impl {
   std::vector<std::string> secrets;
   StaticFiles files;
   ScriptHost scripts;
+  // The listener, the sessions and the workers are declared in the order they can be taken down:
+  // the workers first (the pages they run use the sessions and answer through the listener's
+  // connections), then the sessions (whose waiting jobs hold connections), then the listener.
+  HttpListener listener;
   SessionStore sessions;
-  httplib::Server http;
-  int port = -1;
-  std::atomic<bool> runEntered{false}, stopRequested{false};
+  std::unique_ptr<WorkerPool> workers;
+  std::atomic<bool> stopRequested{false};
   // Ends idle sessions now and then, so that Session_OnEnd runs soon after their time is up.
   std::jthread sweeper;
 
@@ -136,68 +111,54 @@ struct HttpServer::Impl {
         secrets(std::move(s)),
         files(options.site),
         scripts(SiteHost(pageHost, files), options.codePage, LogError),
-        sessions(std::chrono::minutes(options.sessionTimeoutMinutes), nullptr,
-                 [this](const std::shared_ptr<host::SessionObject>& ended) { scripts.EndSession(ended); }) {
+        listener(ListenerOptionsOf(options),
+                 [this](std::shared_ptr<HttpRequest> req, Responder respond) {
+                   Handle(std::move(req), std::move(respond));
+                 }),
+        sessions(
+            SessionLimits{.idleTimeout = std::chrono::minutes(options.sessionTimeoutMinutes),
+                          .lifetime = std::chrono::minutes(options.sessionLifetimeMinutes),
+                          .maxSessions = options.maxSessions},
+            nullptr, [this](const std::shared_ptr<host::SessionObject>& ended) { scripts.EndSession(ended); },
+            [this](std::function<void()> job) { workers->Post(std::move(job)); }),
+        workers(std::make_unique<WorkerPool>(options.threads)) {
     pageHost.siteFolder = files.Root().string();
     pageHost.runPage = scripts.Runner();
-    const int threads = options.threads;
-    http.new_task_queue = [threads] { return new httplib::ThreadPool(static_cast<size_t>(threads)); };
-    http.set_payload_max_length(options.maxBodyBytes);
-    // A reply goes out as two writes (head, then body); without TCP_NODELAY the second waits for the
-    // client's delayed ACK, some 40 ms per request on a kept-alive connection.
-    http.set_tcp_nodelay(true);
-    // Every reply, pages, files and errors alike: no guessing of content types, no framing by other
-    // sites, no full addresses sent to other sites.
-    http.set_default_headers({{"X-Content-Type-Options", "nosniff"},
-                              {"Content-Security-Policy", "frame-ancestors 'self'"},
-                              {"Referrer-Policy", "same-origin"}});
-    // A worker keeps its connection while the client keeps it alive; the idle limit lets queued
-    // connections in when there are more than workers. The request limit is high because every
-    // reconnect goes through httplib's listen backlog of 5: under load, frequent reconnects overflow
-    // it and a dropped SYN costs the client a one-second retry.
-    http.set_keep_alive_max_count(1000);
-    http.set_keep_alive_timeout(3);
-    http.Get(".*", [this](const httplib::Request& req, httplib::Response& res) { Serve(req, res, ""); });
-    http.Post(".*",
-              [this](const httplib::Request& req, httplib::Response& res) { Serve(req, res, req.body); });
-    // The upload component parses a multipart body itself, so it must arrive raw; httplib would parse
-    // it into parts and drop the body. Its content type is hidden from httplib until the page runs.
-    http.set_pre_routing_handler([](const httplib::Request& req, httplib::Response&) {
-      auto& headers = const_cast<httplib::Headers&>(req.headers);  // httplib's request is not const
-      for (auto& [name, value] : headers)
-        if (EqualsNoCase(name, "Content-Type") && StartsNoCase(value, "multipart/"))
-          value.insert(0, kRawPrefix);
-      return httplib::Server::HandlerResponse::Unhandled;
-    });
-    http.set_exception_handler([](const httplib::Request&, httplib::Response& res, std::exception_ptr ep) {
-      std::string what = "unknown";
-      try {
-        std::rethrow_exception(ep);
-      } catch (const std::exception& e) {
-        what = e.what();
-      } catch (...) {
-      }
-      LogError("corvane-server: internal error: " + what);
-      res.status = 500;
-      res.set_content("<html><body><h2>500 服务器内部错误 (internal server error)</h2></body></html>",
-                      "text/html; charset=utf-8");
-    });
-    http.set_error_handler([](const httplib::Request&, httplib::Response& res) {
-      if (!res.body.empty()) return;
-      SetStatusPage(res, res.status,
-                    res.status == 404   ? "Not Found"
-                    : res.status == 413 ? "Payload Too Large"
-                                        : "");
-    });
-    if (options.accessLog) http.set_logger(LogLine);
     sweeper = std::jthread([this](std::stop_token stop) {
       std::mutex mu;
       std::condition_variable_any wake;
       std::unique_lock lock(mu);
       while (!wake.wait_for(lock, stop, std::chrono::seconds(5), [] { return false; }) &&
              !stop.stop_requested())
-        sessions.Sweep();
+        workers->Post([this] { sessions.Sweep(); });  // Session_OnEnd runs scripts: on a worker
     });
+  }
+
+  ~Impl() {
+    sweeper = {};
+    workers.reset();
+  }
+
+  static ListenerOptions ListenerOptionsOf(const ServerOptions& o) {
+    ListenerOptions l{.bind = o.bind,
+                      .port = o.port,
+                      .ioThreads = o.ioThreads,
+                      .maxBodyBytes = o.maxBodyBytes,
+                      .maxHeaderBytes = o.maxHeaderBytes,
+                      .headerTimeout = std::chrono::milliseconds(o.headerTimeoutMs),
+                      .keepAliveTimeout = std::chrono::milliseconds(o.keepAliveTimeoutMs),
+                      .maxConnectionsPerClient = o.maxConnectionsPerClient,
+                      .tlsCert = o.tlsCert,
+                      .tlsKey = o.tlsKey};
+    // Every reply, pages, files and errors alike: no guessing of content types, no framing by other
+    // sites, no full addresses sent to other sites.
+    l.defaultHeaders = {{"X-Content-Type-Options", "nosniff"},
+                        {"Content-Security-Policy", "frame-ancestors 'self'"},
+                        {"Referrer-Policy", "same-origin"}};
+    if (o.accessLog)
+      l.log = o.logJson ? [](const AccessRecord& r) { WriteAccessLine(JsonLogLine(r)); }
+                        : [](const AccessRecord& r) { WriteAccessLine(CombinedLogLine(r)); };
+    return l;
   }
 
   // The page host of the script pages: the server's, with the site folder.
@@ -206,98 +167,128 @@ struct HttpServer::Impl {
     return h;
   }
 
-  void Serve(const httplib::Request& req, httplib::Response& res, std::string body) {
-    if (IsWriteRequest(req.method, QueryOf(req)) &&
-        IsCrossSite([&](std::string_view name) { return req.get_header_value(std::string(name).c_str()); })) {
-      LogError(EscapeForLog("corvane-server: 403 " + req.method + " " + req.path + " from " +
-                            req.remote_addr + ": a write started by another site"));
-      res.set_header("Cache-Control", "private, no-cache");
-      SetStatusPage(res, 403, "跨站请求被拒绝 (cross-site request refused)",
-                    "A page of another site asked for this change; it was not made.");
+  // On an I/O thread: the health check, refusals and static files are answered here; pages (and
+  // folders, which may have a default page) go to their session's queue and run on a worker.
+  void Handle(std::shared_ptr<HttpRequest> req, Responder respond) {
+    if (req->path == kHealthPath) {
+      HttpReply ok;
+      ok.SetContent("ok", "text/plain; charset=utf-8");
+      ok.Set("Cache-Control", "no-store");
+      return respond(std::move(ok));
+    }
+    if (IsCrossSiteWrite(*req)) return respond(CrossSiteRefusal(*req));
+    if (pages.Find(req->path) || IsScriptPagePath(req->path) || req->path.back() == '/') {
+      if (req->method != "GET" && req->method != "HEAD" && req->method != "POST") {
+        HttpReply refused = StatusPage(405);
+        refused.Set("Allow", "GET, HEAD, POST");
+        return respond(std::move(refused));
+      }
+      sessions.Submit(CookieValue(req->Header("Cookie"), kSessionCookie),
+                      [this, req, respond](SessionStore::Lease& lease) {
+                        HttpReply reply;
+                        try {
+                          reply = ServeWithSession(*req, lease);
+                        } catch (const std::exception& e) {
+                          LogError(std::string("corvane-server: internal error: ") + e.what());
+                          reply = StatusPage(500, "服务器内部错误 (internal server error)");
+                        }
+                        respond(std::move(reply));
+                      });
       return;
     }
-    if (const PageFunction* page = pages.Find(req.path)) {
-      ServePage(*page, req, res, std::move(body));
-      return;
-    }
-    if (IsScriptPagePath(req.path)) {
-      ServeScript(req.path, req, res, std::move(body));
-      return;
-    }
-    // A folder's default page.
-    if (!req.path.empty() && req.path.back() == '/' && scripts.Find(req.path + "default.asp")) {
-      ServeScript(req.path + "default.asp", req, res, std::move(body));
-      return;
-    }
+    respond(StaticReply(*req));
+  }
+
+  bool IsCrossSiteWrite(const HttpRequest& req) const {
+    return IsWriteRequest(req.method, req.query) &&
+           IsCrossSite([&](std::string_view name) { return req.Header(name); });
+  }
+
+  HttpReply CrossSiteRefusal(const HttpRequest& req) const {
+    LogError(EscapeForLog("corvane-server: 403 " + req.method + " " + req.path + " from " + req.remoteAddr +
+                          ": a write started by another site"));
+    HttpReply reply = StatusPage(403, "跨站请求被拒绝 (cross-site request refused)",
+                                 "A page of another site asked for this change; it was not made.");
+    reply.Set("Cache-Control", "private, no-cache");
+    return reply;
+  }
+
+  HttpReply StaticReply(const HttpRequest& req) const {
     if (req.method != "GET" && req.method != "HEAD") {
       // Static files are only read; a missing one is missing whatever the method.
       bool found = files.Resolve(req.path) && !IsScriptSource(req.path.substr(req.path.rfind('/') + 1));
-      res.status = found ? 405 : 404;
-      if (found) res.set_header("Allow", "GET, HEAD");
-      return;
+      HttpReply reply = StatusPage(found ? 405 : 404);
+      if (found) reply.Set("Allow", "GET, HEAD");
+      return reply;
     }
-    auto reply =
-        files.Get(req.path, req.get_header_value("If-None-Match"), req.get_header_value("If-Modified-Since"));
-    if (!reply) {
-      res.status = 404;
-      return;
-    }
-    res.status = reply->status;
-    for (auto& [name, value] : reply->headers) res.set_header(name, value);
-    if (reply->status == 200) res.set_content(std::move(reply->body), reply->contentType);
+    auto file = files.Get(req.path, req.Header("If-None-Match"), req.Header("If-Modified-Since"),
+                          req.Header("Range"));
+    if (!file) return StatusPage(404);
+    HttpReply reply;
+    reply.status = file->status;
+    reply.headers = std::move(file->headers);
+    if (file->status == 200 || file->status == 206)
+      reply.SetContent(std::move(file->body), file->contentType);
+    return reply;
   }
 
-  host::PageRequest RequestOf(std::string url, const httplib::Request& req, std::string body, int codePage) {
+  // On a worker, holding the request's session.
+  HttpReply ServeWithSession(HttpRequest& req, SessionStore::Lease& lease) {
+    if (const PageFunction* page = pages.Find(req.path)) return ServePage(*page, req, lease);
+    if (IsScriptPagePath(req.path)) return ServeScript(req.path, req, lease);
+    if (scripts.Find(req.path + "default.asp")) return ServeScript(req.path + "default.asp", req, lease);
+    return StaticReply(req);
+  }
+
+  host::PageRequest RequestOf(std::string url, HttpRequest& req, int codePage) {
     return host::PageRequest{.url = std::move(url),
-                             .queryString = QueryOf(req),
-                             .contentType = ContentTypeOf(req),
-                             .body = std::move(body),
+                             .queryString = req.query,
+                             .contentType = req.Header("Content-Type"),
+                             // The body is not needed after the page: moved, never copied (an upload
+                             // may be large).
+                             .body = std::move(req.body),
                              .method = req.method,
                              .codePage = codePage,
                              .serverVariables = ServerVariablesOf(req)};
   }
 
-  void ServePage(const PageFunction& page, const httplib::Request& req, httplib::Response& res,
-                 std::string body) {
-    SessionStore::Lease lease = sessions.Acquire(CookieValue(req.get_header_value("Cookie"), kSessionCookie));
-    bool newSession = lease.IsNew();
-    host::PageRequest request = RequestOf(req.path, req, std::move(body), options.codePage);
-    if (!Guard(req.path, req, res, lease, request.serverVariables)) return;
+  HttpReply ServePage(const PageFunction& page, HttpRequest& req, SessionStore::Lease& lease) {
+    bool newSession = lease.IsProvisional();
+    host::PageRequest request = RequestOf(req.path, req, options.codePage);
+    HttpReply refused;
+    if (!Guard(req.path, req, refused, lease, request.serverVariables)) return refused;
     PageReply reply =
         RunPage(page, std::move(request), lease.Session(), pageHost, secrets, [&](host::Page& p) {
           scripts.StartApplication();
           if (newSession) scripts.StartSession(p);
         });
-    Send(req, res, lease, std::move(reply));
+    return Send(req, lease, std::move(reply));
   }
 
   // The script page at `sitePath` (the request's path, or a folder's default page).
-  void ServeScript(const std::string& sitePath, const httplib::Request& req, httplib::Response& res,
-                   std::string body) {
+  HttpReply ServeScript(const std::string& sitePath, HttpRequest& req, SessionStore::Lease& lease) {
     std::shared_ptr<const CachedPage> page;
     try {
       scripts.StartApplication();
       page = scripts.Find(sitePath);
     } catch (const Error& e) {  // the page or global.asa does not compile
-      PageReply reply = ErrorReply(e, req.path, options.codePage, secrets);
-      LogError(reply.errorLog);
-      res.status = reply.status;
-      res.set_header("Cache-Control", "private, no-cache");
-      res.set_content(std::move(reply.body), reply.contentType);
-      return;
+      PageReply failed = ErrorReply(e, req.path, options.codePage, secrets);
+      LogError(failed.errorLog);
+      HttpReply reply;
+      reply.status = failed.status;
+      reply.Set("Cache-Control", "private, no-cache");
+      reply.SetContent(std::move(failed.body), std::move(failed.contentType));
+      return reply;
     }
-    if (!page) {
-      res.status = 404;
-      return;
-    }
-    SessionStore::Lease lease = sessions.Acquire(CookieValue(req.get_header_value("Cookie"), kSessionCookie));
-    bool newSession = lease.IsNew();
+    if (!page) return StatusPage(404);
+    bool newSession = lease.IsProvisional();
     host::PageRequest request =
-        RequestOf(page->sitePath, req, std::move(body), scripts.CodePageFor(*page, *lease.Session().ptr()));
+        RequestOf(page->sitePath, req, scripts.CodePageFor(*page, *lease.Session().ptr()));
     request.serverVariables.emplace_back("PATH_TRANSLATED",
                                          host::LocalPathIn(files.Root().string(), page->sitePath));
     request.serverVariables.emplace_back("APPL_PHYSICAL_PATH", files.Root().string() + "/");
-    if (!Guard(page->sitePath, req, res, lease, request.serverVariables)) return;
+    HttpReply refused;
+    if (!Guard(page->sitePath, req, refused, lease, request.serverVariables)) return refused;
     PageReply reply = RunInPage(
         std::move(request), lease.Session(), pageHost,
         [&](host::Page& p) {
@@ -305,58 +296,63 @@ struct HttpServer::Impl {
           scripts.Run(*page, *p.ContextObject());
         },
         secrets);
-    Send(req, res, lease, std::move(reply));
+    return Send(req, lease, std::move(reply));
   }
 
   // The site's rule for the page at `sitePath`: true when the page may run (its server variables
-  // then get the rule's); otherwise the refusal is sent and logged.
-  bool Guard(const std::string& sitePath, const httplib::Request& req, httplib::Response& res,
+  // then get the rule's); otherwise `refused` is the refusal, logged.
+  bool Guard(const std::string& sitePath, const HttpRequest& req, HttpReply& refused,
              SessionStore::Lease& lease, host::NameValues& serverVariables) {
     if (!guard) return true;
     GuardVerdict v = guard({.method = req.method,
                             .sitePath = sitePath,
                             .session = *lease.Session().ptr(),
-                            .remoteAddr = req.remote_addr});
+                            .remoteAddr = req.remoteAddr});
     if (!v.logLine.empty()) LogError(EscapeForLog("corvane-server: " + v.logLine));
     if (v.status == 0) {
       for (auto& nv : v.serverVariables) serverVariables.push_back(std::move(nv));
       return true;
     }
-    res.set_header("Cache-Control", "private, no-cache");
     if (v.status == 302) {
-      res.status = 302;
-      res.set_header("Location", v.location);
+      refused.status = 302;
+      refused.Set("Location", v.location);
     } else {
-      SetStatusPage(res, v.status, v.status == 403 ? "没有权限 (forbidden)" : "", v.message);
+      refused = StatusPage(v.status, v.status == 403 ? "没有权限 (forbidden)" : "", v.message);
     }
+    refused.Set("Cache-Control", "private, no-cache");
     return false;
   }
 
-  // Logs what the page's run reported, ends or renews its session as the page asked, and sends the
-  // reply with the session's cookie when the session is new.
-  void Send(const httplib::Request& req, httplib::Response& res, SessionStore::Lease& lease,
-            PageReply reply) {
+  // Logs what the page's run reported, keeps, ends or renews its session as the page left it, and
+  // gives the reply with the session's cookie when the session is new.
+  HttpReply Send(const HttpRequest& req, SessionStore::Lease& lease, PageReply reply) {
     for (const std::string& line : reply.logEntries)
       LogError(EscapeForLog("corvane-server: " + req.path + ": " + line));
     if (!reply.errorLog.empty()) LogError(reply.errorLog);
     for (const host::EndPageError& e : reply.endPageErrors) LogError(EndPageErrorLine(req.path, e));
+    HttpReply out;
     std::shared_ptr<host::SessionObject> session = lease.Session().ptr();
     if (session->Abandoned()) {
       sessions.End(lease);
     } else {
-      if (session->NewIDRequested()) sessions.Renew(lease);
+      if (session->NewIDRequested())
+        sessions.Renew(lease);
+      else if (lease.IsProvisional() && IsUsed(*session))
+        sessions.Keep(lease);
       if (lease.IsNew())
-        res.set_header("Set-Cookie", std::string(kSessionCookie) + "=" + lease.Id() +
-                                         "; Path=/; HttpOnly; SameSite=Strict");
+        out.headers.emplace_back("Set-Cookie", std::string(kSessionCookie) + "=" + lease.Id() +
+                                                   "; Path=/; HttpOnly; SameSite=Strict" +
+                                                   (req.secure ? "; Secure" : ""));
     }
     bool cacheControl = false;
-    for (const auto& [name, value] : reply.headers) {
+    for (auto& [name, value] : reply.headers) {
       cacheControl = cacheControl || EqualsNoCase(name, "Cache-Control");
-      res.set_header(name, value);  // refuses a value with a line break
+      out.headers.emplace_back(std::move(name), std::move(value));
     }
-    if (!cacheControl) res.set_header("Cache-Control", "private, no-cache");
-    res.status = reply.status;
-    res.set_content(std::move(reply.body), reply.contentType);
+    if (!cacheControl) out.headers.emplace_back("Cache-Control", "private, no-cache");
+    out.status = reply.status;
+    out.SetContent(std::move(reply.body), std::move(reply.contentType));
+    return out;
   }
 };
 
@@ -369,30 +365,11 @@ HttpServer::HttpServer(ServerOptions options, PageRegistry pages, host::PageHost
 
 HttpServer::~HttpServer() = default;
 
-int HttpServer::Bind() {
-  const ServerOptions& o = impl_->options;
-  int port = o.port == 0 ? impl_->http.bind_to_any_port(o.bind)
-                         : (impl_->http.bind_to_port(o.bind, o.port) ? o.port : -1);
-  if (port <= 0) throw std::runtime_error("cannot listen on " + o.bind + ":" + std::to_string(o.port));
-  impl_->port = port;
-  return port;
-}
+int HttpServer::Bind() { return impl_->listener.Bind(); }
 
-void HttpServer::Run() {
-  impl_->runEntered = true;
-  if (impl_->stopRequested) return;
-  impl_->http.listen_after_bind();
-}
+void HttpServer::Run() { impl_->listener.Run(); }
 
-void HttpServer::Stop() {
-  // httplib ignores a stop() that comes before its loop has started, so wait for the loop when Run()
-  // has been entered; a Run() not yet entered sees the flag and returns at once.
-  impl_->stopRequested = true;
-  if (!impl_->runEntered) return;
-  for (int i = 0; i < 400 && !impl_->http.is_running(); ++i)
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  impl_->http.stop();
-}
+void HttpServer::Stop() { impl_->listener.Stop(); }
 
 void HttpServer::SetPageGuard(PageGuard guard) { impl_->guard = std::move(guard); }
 

@@ -1,10 +1,15 @@
-// The HTTP side of corvane-server: listens, hands each request to a worker of its thread pool, serves
-// pages (C++ pages by the registry first, then the site folder's .asp script pages, script_host.h),
-// static files (from the site folder; never the source of a script page, an include or global.asa),
-// and writes the access log. A folder's path ("/d/") runs its default.asp.
+// The HTTP side of corvane-server: serves pages (C++ pages by the registry first, then the site
+// folder's .asp script pages, script_host.h), static files (from the site folder; never the source of
+// a script page, an include or global.asa), the health check /-/health, and writes the access log. A
+// folder's path ("/d/") runs its default.asp.
 //
-// A page request runs inside its session's lease (session_store.h), so the pages of one session run
-// one at a time. A new session gets its cookie (HttpOnly, SameSite=Strict) on the reply.
+// Connections run on one or two I/O threads (http_listener.h, http_connection.h: the limits of a
+// request and of a client live there), which answer static files and the health check themselves.
+// Pages run on the worker threads (`threads`), queued per session (session_store.h): the pages of
+// one session run one at a time, a request waiting for its session holds no thread, and other
+// sessions run in parallel. A request without a session runs with a provisional one, stored and given
+// its cookie (HttpOnly, SameSite=Strict; Secure over HTTPS) only when the page puts something in it
+// or signs in.
 //
 // Before any page runs, a write that another site started is refused (cross_site.h) and the site's
 // rule for pages is asked (page_guard.h). Every reply carries nosniff, frame-ancestors 'self' and
@@ -44,11 +49,13 @@ class HttpServer {
   // Binds the address and port of the options (port 0: a free one). Returns the port, or raises
   // std::runtime_error when the address cannot be bound.
   int Bind();
-  // Serves until Stop(); requests being served are finished first.
+  // Serves until Stop(); requests being served are finished first (for up to 4 seconds).
   void Run();
-  // Safe to call from any thread, also before Run() has started serving.
+  // Stops accepting and closes idle connections; Run() returns once the requests in flight are
+  // answered. Safe to call from any thread, also before Run() has started serving.
   void Stop();
 
+  // Sessions stored (provisional ones not counted).
   size_t SessionCount() const;
 
  private:

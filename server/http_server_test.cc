@@ -12,7 +12,7 @@
 
 #include "corvane/codepage.h"
 #include "corvane/error.h"
-#include "test_support.h"
+#include "http_test_support.h"
 
 namespace corvane::server {
 namespace {
@@ -50,25 +50,11 @@ PageRegistry TestPages() {
 }
 
 // A server on a free port of 127.0.0.1 with the test pages and an empty site folder, for one scope.
-struct TestServer {
-  explicit TestServer(int codePage = kCodePageGbk) {
-    fs::create_directories(site);
-    ServerOptions o{.port = 0,
-                    .site = site,
-                    .codePage = codePage,
-                    .threads = 8,
-                    .maxBodyBytes = 4096,
-                    .accessLog = false};
-    server = std::make_unique<HttpServer>(o, TestPages(), host::PageHost{}, std::vector{kConnection, kFile});
-    port = server->Bind();
-    thread = std::jthread([this] { server->Run(); });
-  }
-  ~TestServer() { server->Stop(); }  // then the thread is joined
+struct TestServer : testing::TestServer {
+  explicit TestServer(int codePage = kCodePageGbk)
+      : testing::TestServer({.codePage = codePage, .threads = 8, .maxBodyBytes = 4096, .accessLog = false},
+                            TestPages()) {}
   httplib::Client Client() const { return httplib::Client("127.0.0.1", port); }
-  fs::path site = corvane::testing::ScratchPath("www");
-  std::unique_ptr<HttpServer> server;
-  int port = 0;
-  std::jthread thread;
 };
 
 TEST(HttpServerTest, ACookieCarriesTheSessionWhosePagesRunOneAtATime) {
@@ -161,6 +147,26 @@ TEST(HttpServerTest, StaticFilesMatchAnyCaseStayInTheSiteAndAnswerConditionalReq
   EXPECT_EQ(c.Get("/images/edit.gif", {{"If-Modified-Since", lastModified}})->status, 304);
   std::ofstream(s.site / "images/edit.gif") << "changed";
   EXPECT_EQ(c.Get("/images/edit.gif", {{"If-None-Match", etag}})->status, 200);
+  auto head = c.Head("/images/edit.gif");  // the length of what GET sends, and no body
+  EXPECT_EQ(head->get_header_value("Content-Length"), "7");
+  EXPECT_EQ(head->body, "");
+}
+
+TEST(HttpServerTest, EveryReplyCarriesTheHostsHeaders) {
+  TestServer s;
+  std::ofstream(s.site / "a.css") << "p{}";
+  auto c = s.Client();
+  for (const char* path : {"/a.css", "/hello.asp", "/missing.gif", "/fail.asp"}) {
+    auto r = c.Get(path);
+    ASSERT_TRUE(r) << path;
+    EXPECT_EQ(r->get_header_value("X-Content-Type-Options"), "nosniff") << path;
+    EXPECT_EQ(r->get_header_value("Content-Security-Policy"), "frame-ancestors 'self'") << path;
+    EXPECT_EQ(r->get_header_value("Referrer-Policy"), "same-origin") << path;
+  }
+  // Pages are private; files may be kept a while.
+  EXPECT_EQ(c.Get("/hello.asp")->get_header_value("Cache-Control"), "private, no-cache");
+  EXPECT_EQ(c.Get("/a.css")->get_header_value("Cache-Control"), "public, max-age=300");
+  EXPECT_EQ(c.Delete("/hello.asp")->status, 405);
 }
 
 }  // namespace

@@ -98,6 +98,9 @@ int main(int argc, char** argv) {
   sigaddset(&stopSignals, SIGINT);
   pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
   signal(SIGPIPE, SIG_IGN);
+  // A write past the file size limit fails (EFBIG) and the page reports it, instead of the signal
+  // ending the server.
+  signal(SIGXFSZ, SIG_IGN);
 
   ServerOptions options;
   try {

@@ -1,7 +1,9 @@
 #include "options.h"
 
+#include <algorithm>
 #include <charconv>
 #include <string_view>
+#include <thread>
 
 #include "corvane/codepage.h"
 #include "corvane/text.h"
@@ -21,6 +23,12 @@ long ToNumber(std::string_view name, std::string_view text, long min, long max) 
 
 }  // namespace
 
+int ServerOptions::DefaultWorkerThreads() {
+  return static_cast<int>(std::max(2u, 2 * std::thread::hardware_concurrency()));
+}
+
+int ServerOptions::DefaultIoThreads() { return std::thread::hardware_concurrency() >= 2 ? 2 : 1; }
+
 ServerOptions ParseOptions(int argc, const char* const* argv, bool* help) {
   ServerOptions o;
   if (help) *help = false;
@@ -30,8 +38,8 @@ ServerOptions ParseOptions(int argc, const char* const* argv, bool* help) {
       if (help) *help = true;
       continue;
     }
-    if (arg == "--no-access-log") {
-      o.accessLog = false;
+    if (arg == "--no-access-log" || arg == "--log-json") {
+      (arg == "--log-json" ? o.logJson : o.accessLog) = arg == "--log-json";
       continue;
     }
     if (arg.substr(0, 2) != "--") throw OptionsError("unexpected argument '" + std::string(arg) + "'");
@@ -60,14 +68,32 @@ ServerOptions ParseOptions(int argc, const char* const* argv, bool* help) {
       o.drives = value;
     } else if (name == "threads") {
       o.threads = static_cast<int>(ToNumber(name, value, 1, 1024));
+    } else if (name == "io-threads") {
+      o.ioThreads = static_cast<int>(ToNumber(name, value, 1, 64));
     } else if (name == "session-timeout") {
       o.sessionTimeoutMinutes = static_cast<int>(ToNumber(name, value, 1, 24 * 60));
+    } else if (name == "session-lifetime") {
+      o.sessionLifetimeMinutes = static_cast<int>(ToNumber(name, value, 1, 366 * 24 * 60));
+    } else if (name == "max-sessions") {
+      o.maxSessions = static_cast<size_t>(ToNumber(name, value, 1, 100000000));
     } else if (name == "max-body") {
       o.maxBodyBytes = static_cast<size_t>(ToNumber(name, value, 1, 1L << 40));
+    } else if (name == "max-header") {
+      o.maxHeaderBytes = static_cast<size_t>(ToNumber(name, value, 1024, 16L << 20));
+    } else if (name == "header-timeout") {
+      o.headerTimeoutMs = static_cast<int>(ToNumber(name, value, 1, 3600)) * 1000;
+    } else if (name == "keep-alive-timeout") {
+      o.keepAliveTimeoutMs = static_cast<int>(ToNumber(name, value, 1, 3600)) * 1000;
+    } else if (name == "max-connections-per-client") {
+      o.maxConnectionsPerClient = static_cast<int>(ToNumber(name, value, 1, 1000000));
+    } else if (name == "tls-cert" || name == "tls-key") {
+      if (value.empty()) throw OptionsError("--" + std::string(name) + " must not be empty");
+      (name == "tls-cert" ? o.tlsCert : o.tlsKey) = value;
     } else {
       throw OptionsError("unknown option --" + std::string(name) + " (see --help)");
     }
   }
+  if (o.tlsCert.empty() != o.tlsKey.empty()) throw OptionsError("--tls-cert and --tls-key go together");
   return o;
 }
 
@@ -88,16 +114,39 @@ std::string OptionsUsage() {
          std::to_string(d.codePage) +
          ")\n"
          "  --drives DIR         drive root for uploads, sets CORVANE_DRIVE_ROOT (default ./drives)\n"
-         "  --threads N          worker threads (default " +
+         "  --threads N          worker threads that run pages (default " +
          std::to_string(d.threads) +
+         ")\n"
+         "  --io-threads N       threads that run the connections and static files (default " +
+         std::to_string(d.ioThreads) +
          ")\n"
          "  --session-timeout M  idle minutes before a session ends (default " +
          std::to_string(d.sessionTimeoutMinutes) +
          ")\n"
-         "  --max-body BYTES     largest request body (default " +
+         "  --session-lifetime M minutes a session lives at most (default " +
+         std::to_string(d.sessionLifetimeMinutes) +
+         ")\n"
+         "  --max-sessions N     sessions kept at most; the one idle longest ends first (default " +
+         std::to_string(d.maxSessions) +
+         ")\n"
+         "  --max-body BYTES     largest request body, any framing (default " +
          std::to_string(d.maxBodyBytes) +
          ")\n"
-         "  --no-access-log      no access log lines on stdout\n";
+         "  --max-header BYTES   largest request head (default " +
+         std::to_string(d.maxHeaderBytes) +
+         ")\n"
+         "  --header-timeout S   seconds to send a request's head (default " +
+         std::to_string(d.headerTimeoutMs / 1000) +
+         ")\n"
+         "  --keep-alive-timeout S  seconds an idle connection is kept (default " +
+         std::to_string(d.keepAliveTimeoutMs / 1000) +
+         ")\n"
+         "  --max-connections-per-client N  connections of one address at once (default " +
+         std::to_string(d.maxConnectionsPerClient) +
+         ")\n"
+         "  --tls-cert FILE, --tls-key FILE  serve HTTPS with this certificate chain and key (PEM)\n"
+         "  --no-access-log      no access log lines on stdout\n"
+         "  --log-json           access log lines as JSON objects\n";
 }
 
 std::string ConnectionStringFor(const std::string& db) {

@@ -26,16 +26,44 @@ struct ServerOptions {
   // Drive root of the upload's drive paths ("d:\up\" is <drives>/d/up/); sets CORVANE_DRIVE_ROOT.
   // Empty leaves the environment as it is (the platform's default is ./drives).
   std::string drives;
-  // Worker threads. A worker serves one connection at a time for as long as the client keeps it alive
-  // (1000 requests or 3 idle seconds at most), so this is the number of connections served at once;
-  // more wait their turn. Must be at least 1.
-  int threads = 64;
+  // Worker threads that run pages. Connections cost no worker: one or two I/O threads read every
+  // request and write every reply, answer static files themselves and hand pages to the workers, so
+  // a worker is busy only while a page runs. Pages wait on the database at times, hence twice the
+  // cores (at least 2). Must be at least 1.
+  int threads = DefaultWorkerThreads();
+  // I/O threads that run every connection (reads, writes, static files): two where there are two
+  // cores or more, so that static files are served on both. Must be at least 1.
+  int ioThreads = DefaultIoThreads();
   // Minutes a session may stay idle before it is dropped. Must be at least 1.
   int sessionTimeoutMinutes = 20;
-  // Largest request body accepted, in bytes; a larger one is answered 413 without reading it.
+  // Minutes a session lives at most, however busy it is (a stolen cookie is worthless after it).
+  int sessionLifetimeMinutes = 12 * 60;
+  // Sessions kept at most; a new one over the cap ends the session idle longest first (through
+  // Session_OnEnd). A request without a session runs with a provisional one, stored only when the
+  // page puts something in it or signs in, so this counts visitors who did.
+  size_t maxSessions = 100000;
+  // Largest request body accepted, in bytes, whatever its framing (Content-Length or chunked); a
+  // larger one is answered 413 and the connection closed.
   size_t maxBodyBytes = 32u * 1024 * 1024;
-  // One access log line per request on stdout.
+  // Largest request head (request line and headers); a larger one is answered 431 and closed.
+  size_t maxHeaderBytes = 64 * 1024;
+  // Milliseconds a client has to send a request's whole head once its first byte came, and at most
+  // between two reads of its body; a slower one is closed.
+  int headerTimeoutMs = 10000;
+  // Milliseconds a kept-alive connection may wait for its next request before it is closed.
+  int keepAliveTimeoutMs = 30000;
+  // Connections one client address may hold at once; one more is answered 503 and closed.
+  int maxConnectionsPerClient = 64;
+  // One access log line per request on stdout: the combined log format with the seconds the
+  // request took, or one JSON object per line with `logJson`.
   bool accessLog = true;
+  bool logJson = false;
+  // HTTPS: the certificate chain and private key (PEM files). Both or neither; with them the
+  // session cookie is Secure.
+  std::string tlsCert, tlsKey;
+
+  static int DefaultWorkerThreads();
+  static int DefaultIoThreads();
 };
 
 // What a bad command line raises; the message names the option.

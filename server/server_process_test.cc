@@ -21,13 +21,16 @@ TEST(ServerProcessTest, SeedsServesSignsInAndStopsOnSigterm) {
   EXPECT_EQ(login->get_header_value("Content-Type"), "text/html; charset=gbk");
   EXPECT_NE(corvane::DecodeCodePage(login->body).find("用户名"), std::string::npos);
   EXPECT_EQ(c.Get("/IMAGES/edit.gif")->get_header_value("Content-Type"), "image/gif");
-  // Signing in with a seeded account moves the session to a new id: the id held before opens nothing,
-  // and the site sends its holder back to the sign-in page. A Set-Cookie value serves as the Cookie
-  // header as it stands (its attributes read as cookies of other names).
-  std::string before = login->get_header_value("Set-Cookie");
+  // A visitor who only looks gets no session. Signing in with a seeded account gives one; signing in
+  // again moves it to a new id: the id held before opens nothing, and the site sends its holder back
+  // to the sign-in page. A Set-Cookie value serves as the Cookie header as it stands (its attributes
+  // read as cookies of other names).
+  EXPECT_FALSE(login->has_header("Set-Cookie"));
+  const char* form = "loginName=zhangwei&password=123456";
+  std::string before =
+      c.Post("/login.asp", form, "application/x-www-form-urlencoded")->get_header_value("Set-Cookie");
   ASSERT_NE(before, "");
-  auto signIn = c.Post("/login.asp", {{"Cookie", before}}, "loginName=zhangwei&password=123456",
-                       "application/x-www-form-urlencoded");
+  auto signIn = c.Post("/login.asp", {{"Cookie", before}}, form, "application/x-www-form-urlencoded");
   EXPECT_EQ(signIn->get_header_value("Location"), "/main.asp");
   std::string after = signIn->get_header_value("Set-Cookie");
   EXPECT_EQ(c.Get("/main.asp", {{"Cookie", after}})->status, 200);

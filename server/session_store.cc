@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <stdexcept>
+#include <utility>
 
 namespace corvane::server {
 
@@ -35,28 +36,54 @@ bool IsWellFormedSessionId(std::string_view id) {
   return true;
 }
 
-SessionStore::SessionStore(std::chrono::seconds idleTimeout, Clock clock, EndHandler onEnd)
-    : timeoutMinutes_(std::max<int>(1, static_cast<int>((idleTimeout.count() + 59) / 60))),
+struct SessionStore::Entry {
+  std::shared_ptr<host::SessionObject> session;
+  std::string key;      // its id in sessions_ while stored
+  bool stored = false;  // false: provisional, or ended
+  bool ended = false;
+  bool running = false;     // a job holds it
+  std::deque<Job> waiting;  // the session's next jobs, in arrival order
+  std::chrono::steady_clock::time_point started, lastUsed;
+  std::list<Entry*>::iterator use;  // its place in byUse_ while stored
+};
+
+host::Session SessionStore::Lease::Session() const { return host::Session(entry_->session); }
+bool SessionStore::Lease::IsProvisional() const { return !entry_->stored; }
+
+SessionStore::SessionStore(SessionLimits limits, Clock clock, EndHandler onEnd, Starter start)
+    : limits_(limits),
+      timeoutMinutes_(std::max<int>(1, static_cast<int>((limits.idleTimeout.count() + 59) / 60))),
       clock_(clock ? std::move(clock) : [] { return std::chrono::steady_clock::now(); }),
-      onEnd_(std::move(onEnd)) {
+      onEnd_(std::move(onEnd)),
+      start_(std::move(start)) {
   lastSweep_ = clock_();
 }
 
+SessionStore::~SessionStore() = default;
+
 bool SessionStore::Expired(const Entry& e, std::chrono::steady_clock::time_point now) const {
-  return e.users == 0 && now - e.lastUsed > std::chrono::minutes(e.session->TimeoutMinutes());
+  return !e.running && e.waiting.empty() &&
+         (now - e.lastUsed > std::chrono::minutes(e.session->TimeoutMinutes()) ||
+          now - e.started > limits_.lifetime);
+}
+
+void SessionStore::Forget(Entry& e) {
+  byUse_.erase(e.use);
+  e.stored = false;
+  e.ended = true;
+  sessions_.erase(e.key);  // last: it may hold the entry's last reference
 }
 
 std::vector<std::shared_ptr<host::SessionObject>> SessionStore::TakeExpired(
     std::chrono::steady_clock::time_point now) {
   std::vector<std::shared_ptr<host::SessionObject>> ended;
   lastSweep_ = now;
-  for (auto it = sessions_.begin(); it != sessions_.end();) {
-    if (Expired(*it->second, now)) {
-      ended.push_back(it->second->session);
-      it = sessions_.erase(it);
-    } else {
-      ++it;
-    }
+  std::vector<Entry*> expired;
+  for (auto& [key, entry] : sessions_)
+    if (Expired(*entry, now)) expired.push_back(entry.get());
+  for (Entry* e : expired) {
+    ended.push_back(e->session);
+    Forget(*e);  // the lease-less entry goes with its map slot
   }
   return ended;
 }
@@ -66,54 +93,78 @@ void SessionStore::Ended(const std::vector<std::shared_ptr<host::SessionObject>>
     for (const auto& s : sessions) onEnd_(s);
 }
 
-SessionStore::Lease SessionStore::Acquire(std::string_view id) {
+void SessionStore::Submit(std::string_view id, Job job) {
   std::shared_ptr<Entry> entry;
-  std::string key;
-  bool isNew = false;
   std::vector<std::shared_ptr<host::SessionObject>> ended;
   {
     std::lock_guard lock(mu_);
     auto now = clock_();
     if (now - lastSweep_ > std::chrono::seconds(60)) ended = TakeExpired(now);
     if (IsWellFormedSessionId(id)) {
-      auto it = sessions_.find(std::string(id));
-      if (it != sessions_.end()) {
-        if (Expired(*it->second, now)) {
-          ended.push_back(it->second->session);
-          sessions_.erase(it);
-        } else {
-          entry = it->second;
-          key = it->first;
+      if (auto it = sessions_.find(std::string(id)); it != sessions_.end()) {
+        entry = it->second;
+        if (Expired(*entry, now)) {
+          ended.push_back(entry->session);
+          Forget(*entry);
+          entry = nullptr;
+        } else if (entry->running) {
+          entry->waiting.push_back(std::move(job));
+          job = nullptr;
         }
       }
     }
     if (!entry) {
-      key = UnusedId();
       entry = std::make_shared<Entry>();
       entry->session = std::make_shared<host::SessionObject>();
-      entry->session->AssignID(key);
+      entry->session->AssignID(UnusedId());
       entry->session->SetTimeoutMinutes(timeoutMinutes_);
-      entry->lastUsed = now;
-      sessions_.emplace(key, entry);
-      isNew = true;
+      entry->started = entry->lastUsed = now;
     }
-    ++entry->users;
+    if (job) entry->running = true;
   }
   Ended(ended);
-  return Lease(this, std::move(entry), std::move(key), isNew);
+  if (job) Start(std::move(entry), std::move(job));
 }
 
-SessionStore::Lease::Lease(SessionStore* store, std::shared_ptr<Entry> entry, std::string id, bool isNew)
-    : store_(store),
-      entry_(std::move(entry)),
-      lock_(entry_->requestMutex),
-      id_(std::move(id)),
-      isNew_(isNew) {}
+void SessionStore::Start(std::shared_ptr<Entry> entry, Job job) {
+  auto run = [this, entry = std::move(entry), job = std::move(job)] {
+    Lease lease(entry, entry->stored ? entry->key : entry->session->SessionID());
+    struct Releaser {
+      SessionStore* store;
+      const std::shared_ptr<Entry>& entry;
+      ~Releaser() { store->Release(entry); }
+    } releaser{this, entry};
+    job(lease);
+  };
+  if (start_)
+    start_(std::move(run));
+  else
+    run();
+}
 
-SessionStore::Lease::~Lease() {
-  if (!entry_) return;  // moved from
-  lock_.unlock();
-  store_->Release(entry_);
+void SessionStore::Release(const std::shared_ptr<Entry>& entry) {
+  std::deque<Job> next;
+  bool ended = false;
+  {
+    std::lock_guard lock(mu_);
+    ended = entry->ended;
+    entry->lastUsed = clock_();
+    if (entry->stored) byUse_.splice(byUse_.end(), byUse_, entry->use);
+    if (ended) {
+      next.swap(entry->waiting);  // the session is gone: who waited for it starts afresh
+      entry->running = false;
+    } else if (!entry->waiting.empty()) {
+      next.push_back(std::move(entry->waiting.front()));
+      entry->waiting.pop_front();
+    } else {
+      entry->running = false;
+    }
+  }
+  if (ended) {
+    for (Job& job : next) Submit("", std::move(job));
+  } else if (!next.empty()) {
+    Start(entry, std::move(next.front()));
+  }
 }
 
 std::string SessionStore::UnusedId() const {
@@ -123,28 +174,58 @@ std::string SessionStore::UnusedId() const {
   return id;
 }
 
-void SessionStore::Renew(Lease& lease) {
-  std::lock_guard lock(mu_);
-  sessions_.erase(lease.id_);
-  std::string key = UnusedId();
-  sessions_.emplace(key, lease.entry_);
-  lease.entry_->session->AssignID(key);
-  lease.id_ = std::move(key);
+void SessionStore::Store(Lease& lease, std::vector<std::shared_ptr<host::SessionObject>>& ended) {
+  Entry& e = *lease.entry_;
+  // Full: the session idle longest makes room (one a request holds or waits for is passed over).
+  while (sessions_.size() >= limits_.maxSessions) {
+    auto oldest = std::find_if(byUse_.begin(), byUse_.end(),
+                               [](const Entry* x) { return !x->running && x->waiting.empty(); });
+    if (oldest == byUse_.end()) break;
+    ended.push_back((*oldest)->session);
+    Forget(**oldest);
+  }
+  if (sessions_.count(lease.id_)) {
+    lease.id_ = UnusedId();
+    e.session->AssignID(lease.id_);
+  }
+  e.key = lease.id_;
+  e.stored = true;
+  e.ended = false;
+  sessions_.emplace(e.key, lease.entry_);
+  e.use = byUse_.insert(byUse_.end(), &e);
   lease.isNew_ = true;
 }
 
-void SessionStore::Release(const std::shared_ptr<Entry>& entry) {
-  std::lock_guard lock(mu_);
-  entry->lastUsed = clock_();
-  --entry->users;
+void SessionStore::Keep(Lease& lease) {
+  std::vector<std::shared_ptr<host::SessionObject>> ended;
+  {
+    std::lock_guard lock(mu_);
+    if (lease.entry_->stored) return;
+    Store(lease, ended);
+  }
+  Ended(ended);
+}
+
+void SessionStore::Renew(Lease& lease) {
+  std::vector<std::shared_ptr<host::SessionObject>> ended;
+  {
+    std::lock_guard lock(mu_);
+    Entry& e = *lease.entry_;
+    if (e.stored) Forget(e);
+    lease.id_ = UnusedId();
+    e.session->AssignID(lease.id_);
+    Store(lease, ended);
+  }
+  Ended(ended);
 }
 
 void SessionStore::End(Lease& lease) {
   {
     std::lock_guard lock(mu_);
-    auto it = sessions_.find(lease.id_);
-    if (it == sessions_.end() || it->second != lease.entry_) return;
-    sessions_.erase(it);
+    Entry& e = *lease.entry_;
+    e.ended = true;
+    if (!e.stored) return;  // provisional: it never was anyone's session
+    Forget(e);
   }
   Ended({lease.entry_->session});
 }

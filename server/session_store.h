@@ -1,15 +1,26 @@
 // Web sessions: one host::Session per browser, found by an unguessable id in a cookie.
 //
-// A session lives until it has been idle for its timeout (the store's, unless a page set
-// Session.Timeout) or until a page abandons it. The requests of one session are served one at a
-// time, as the original host did: Acquire() hands out a lease that holds the session's own mutex for
-// the whole page, so a second request of the same session waits for the first to finish, while other
-// sessions run in parallel on other threads. A session that ends is handed to the store's `onEnd`
-// (the site's Session_OnEnd), outside the store's lock.
+// A request whose cookie names no live session runs with a provisional session: a session of its
+// own that nobody else can reach, stored (and given its cookie) only when the request keeps it
+// (Keep: the page put something in it) or renews it (Renew: sign-in). Requests that leave nothing
+// behind cost nothing after they end.
+//
+// A stored session lives until it has been idle for its timeout (the store's, unless a page set
+// Session.Timeout), until its lifetime is over (counted from its start, however busy it is), until a
+// page abandons it, or until the store is full and it is the one idle longest. A session that ends
+// is handed to the store's `onEnd` (the site's Session_OnEnd), outside the store's lock.
+//
+// The requests of one session are served one at a time, in arrival order, as the original host did:
+// Submit() queues a request's job behind the one holding the session, and a waiting job holds no
+// thread. A job holds the session's Lease while it runs; when it returns, the next job of the
+// session is started. Jobs are started through the store's `start` (the worker pool; by default they
+// run at once on the calling thread).
 #pragma once
 
 #include <chrono>
+#include <deque>
 #include <functional>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -26,69 +37,83 @@ std::string NewSessionId();
 // True when `id` has the form NewSessionId gives (so a cookie of any other form is ignored).
 bool IsWellFormedSessionId(std::string_view id);
 
+struct SessionLimits {
+  std::chrono::seconds idleTimeout{20 * 60};  // given to every new session (whole minutes, at least one)
+  std::chrono::seconds lifetime{12 * 3600};
+  size_t maxSessions = 100000;
+};
+
 class SessionStore {
  public:
   using Clock = std::function<std::chrono::steady_clock::time_point()>;
   using EndHandler = std::function<void(const std::shared_ptr<host::SessionObject>&)>;
-  // `idleTimeout` is given to every new session (whole minutes, at least one).
-  explicit SessionStore(std::chrono::seconds idleTimeout, Clock clock = nullptr, EndHandler onEnd = nullptr);
+  using Starter = std::function<void(std::function<void()>)>;
+  SessionStore(SessionLimits limits, Clock clock = nullptr, EndHandler onEnd = nullptr,
+               Starter start = nullptr);
+  ~SessionStore();
 
  private:
-  struct Entry {
-    std::shared_ptr<host::SessionObject> session;
-    std::mutex requestMutex;  // held while a page of this session runs
-    std::chrono::steady_clock::time_point lastUsed;
-    int users = 0;  // leases held or waited for; guarded by the store's mutex
-  };
+  struct Entry;
 
  public:
-  // One request's hold on its session. Moving it moves the hold; the destructor marks the session
-  // used and lets the next request of the session in.
+  // One request's hold on its session, for as long as its job runs.
   class Lease {
    public:
-    Lease(Lease&&) noexcept = default;
-    Lease& operator=(Lease&&) = delete;
-    ~Lease();
-    host::Session Session() const { return host::Session(entry_->session); }
+    Lease(const Lease&) = delete;
+    Lease& operator=(const Lease&) = delete;
+    host::Session Session() const;
     const std::string& Id() const { return id_; }
-    bool IsNew() const { return isNew_; }  // a new session: the response must set the cookie
+    // The response must set the cookie: the session was stored or moved to a new id by this request.
+    bool IsNew() const { return isNew_; }
+    // Not stored (yet): the session ends with the request unless Keep or Renew store it.
+    bool IsProvisional() const;
 
    private:
     friend class SessionStore;
-    Lease(SessionStore* store, std::shared_ptr<Entry> entry, std::string id, bool isNew);
-    SessionStore* store_;
+    Lease(std::shared_ptr<Entry> entry, std::string id) : entry_(std::move(entry)), id_(std::move(id)) {}
     std::shared_ptr<Entry> entry_;
-    std::unique_lock<std::mutex> lock_;
     std::string id_;
-    bool isNew_;
+    bool isNew_ = false;
   };
+  using Job = std::function<void(Lease&)>;
 
-  // The live session of `id` (the cookie's value, possibly empty or stale) or a new one; waits until
-  // no other request of that session runs.
-  Lease Acquire(std::string_view id);
-  // Moves the lease's session to a new id (the old one finds nothing any more) and marks the lease
-  // new, so the response sets the cookie again.
+  // Runs `job` with the live session of `id` (the cookie's value, possibly empty or stale) once no
+  // other job of that session runs, or at once with a provisional session.
+  void Submit(std::string_view id, Job job);
+  // Stores a provisional session under its id (its response then sets the cookie); nothing for a
+  // stored one. When the store is full, the session idle longest ends first.
+  void Keep(Lease& lease);
+  // Moves the lease's session to a new id (the old one finds nothing any more), storing it if it was
+  // provisional; the response sets the cookie again.
   void Renew(Lease& lease);
-  // Ends the lease's session now (Session.Abandon): its id finds nothing any more, and onEnd gets it.
+  // Ends the lease's session now (Session.Abandon): its id finds nothing any more, and a stored one
+  // is handed to onEnd.
   void End(Lease& lease);
-  // Drops the sessions idle longer than their timeout that no request holds, handing each to
-  // onEnd. Acquire calls it now and then by itself.
+  // Drops the sessions past their idle time or lifetime that no request holds or waits for, handing
+  // each to onEnd. Submit calls it now and then by itself.
   void Sweep();
+  // Stored sessions.
   size_t Size() const;
 
  private:
+  void Start(std::shared_ptr<Entry> entry, Job job);
   void Release(const std::shared_ptr<Entry>& entry);
+  void Store(Lease& lease, std::vector<std::shared_ptr<host::SessionObject>>& ended);  // the caller holds mu_
+  void Forget(Entry& e);         // removes a stored entry; the caller holds mu_
   std::string UnusedId() const;  // a new id no session has; the caller holds mu_
   bool Expired(const Entry& e, std::chrono::steady_clock::time_point now) const;
-  // Removes the expired sessions from the map; the caller holds mu_ and hands them to onEnd after.
   std::vector<std::shared_ptr<host::SessionObject>> TakeExpired(std::chrono::steady_clock::time_point now);
   void Ended(const std::vector<std::shared_ptr<host::SessionObject>>& sessions) const;
 
+  SessionLimits limits_;
   int timeoutMinutes_;
   Clock clock_;
   EndHandler onEnd_;
+  Starter start_;
   mutable std::mutex mu_;
   std::unordered_map<std::string, std::shared_ptr<Entry>> sessions_;
+  // Stored sessions by when they were last used, the oldest first (for the cap).
+  std::list<Entry*> byUse_;
   std::chrono::steady_clock::time_point lastSweep_;
 };
 

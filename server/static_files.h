@@ -3,10 +3,17 @@
 // URL paths are matched against the folder case-insensitively, segment by segment (an exact match
 // wins), because the pages' links mix "Images/" and "images/" as the original server's file system
 // allowed. A path that would leave the folder is never served. Replies carry an ETag and a
-// Last-Modified date and answer a matching conditional request with 304.
+// Last-Modified date and answer a matching conditional request with 304. One byte range is honoured
+// (206, or 416 when it lies past the end); a request for several ranges gets the whole file, so that
+// no request can make the reply larger than the file.
+//
+// What a path resolved to is kept for a second, and a small file's bytes for as long as the file
+// keeps its size and modification time (checked with one stat() per request), so that a file served
+// again costs neither the case-blind walk nor a read.
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,9 +23,9 @@
 namespace corvane::server {
 
 struct StaticReply {
-  int status = 200;  // 200 or 304
+  int status = 200;  // 200, 206, 304 or 416
   std::string contentType;
-  std::string body;  // empty for 304
+  std::string body;  // empty for 304 and 416
   std::vector<std::pair<std::string, std::string>> headers;
 };
 
@@ -32,6 +39,14 @@ std::string ContentTypeFor(std::string_view fileName);
 // ("::$DATA") its name carries.
 bool IsScriptSource(std::string_view fileName);
 
+struct ByteRange {
+  size_t first = 0, last = 0;  // inclusive
+};
+// The one range of a Range header for a file of `size` bytes: nullopt when the header asks for no
+// single byte range ("", several ranges, another unit, bad syntax: the whole file is sent), a range
+// with first > last when it lies past the end (416).
+std::optional<ByteRange> SingleRange(std::string_view header, size_t size);
+
 class StaticFiles {
  public:
   explicit StaticFiles(std::filesystem::path root);
@@ -42,14 +57,19 @@ class StaticFiles {
 
   // The reply for a GET of `urlPath`, or nullopt (404; also for a script source, IsScriptSource, by
   // the name asked for or the file's own). `ifNoneMatch` and `ifModifiedSince` are the request's
-  // conditional headers ("" when absent).
+  // conditional headers and `range` its Range header ("" when absent).
   std::optional<StaticReply> Get(std::string_view urlPath, std::string_view ifNoneMatch = "",
-                                 std::string_view ifModifiedSince = "") const;
+                                 std::string_view ifModifiedSince = "", std::string_view range = "") const;
 
   const std::filesystem::path& Root() const { return root_; }
 
  private:
+  struct Known;
+  struct Cache;
+  std::shared_ptr<const Known> Find(std::string_view urlPath) const;
+
   std::filesystem::path root_;  // canonical
+  std::shared_ptr<Cache> cache_;
 };
 
 }  // namespace corvane::server

@@ -4,6 +4,8 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <stdlib.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -32,13 +34,33 @@ inline std::string AwaitOutput(const std::filesystem::path& log, const std::stri
   return "";
 }
 
+// A number from /proc/PID/status, such as VmRSS or VmHWM (in KiB); -1 when the process is gone.
+inline long ProcStatus(pid_t pid, const std::string& key) {
+  std::ifstream in("/proc/" + std::to_string(pid) + "/status");
+  for (std::string line; std::getline(in, line);)
+    if (line.compare(0, key.size() + 1, key + ":") == 0) return std::stol(line.substr(key.size() + 1));
+  return -1;
+}
+
+// What the server's process gets besides its options.
+struct ProcessSetup {
+  // The server's RLIMIT_FSIZE: a write past it fails (EFBIG), as on a full disk.
+  rlim_t fileSizeLimit = RLIM_INFINITY;
+  // "NAME=VALUE" entries added to the server's environment.
+  std::vector<std::string> environment;
+  // A database copied to Database() before the start (a seeded one starts quicker); "" seeds anew.
+  std::filesystem::path database;
+};
+
 class ServerProcess {
  public:
   // Starts the server (stdout and stderr go to Log()) and waits until it serves; Port() is 0 when it
   // did not come up. `extra` are more command-line options.
-  explicit ServerProcess(const std::string& name, const std::vector<std::string>& extra = {})
+  explicit ServerProcess(const std::string& name, const std::vector<std::string>& extra = {},
+                         const ProcessSetup& setup = {})
       : dir_(ScratchPath(name)) {
     std::filesystem::create_directories(dir_);
+    if (!setup.database.empty()) std::filesystem::copy_file(setup.database, Database());
     std::vector<std::string> args = {
         CORVANE_SERVER_BINARY, "--port",         "0", "--db", Database().string(), "--drives",
         Drives().string(),     "--no-access-log"};
@@ -46,6 +68,14 @@ class ServerProcess {
     pid_ = fork();
     if (pid_ == 0) {
       dup2(open(Log().c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 1), dup2(1, 2);
+      for (const std::string& entry : setup.environment) {
+        const size_t eq = entry.find('=');
+        setenv(entry.substr(0, eq).c_str(), entry.substr(eq + 1).c_str(), 1);
+      }
+      if (setup.fileSizeLimit != RLIM_INFINITY) {
+        const rlimit limit{setup.fileSizeLimit, setup.fileSizeLimit};
+        setrlimit(RLIMIT_FSIZE, &limit);
+      }
       std::vector<char*> argv;
       for (std::string& a : args) argv.push_back(a.data());
       argv.push_back(nullptr);
@@ -56,30 +86,45 @@ class ServerProcess {
     if (!port.empty()) port_ = std::stoi(port);
   }
   ~ServerProcess() {
-    if (pid_ > 0 && waitpid(pid_, nullptr, WNOHANG) == 0) kill(pid_, SIGKILL), waitpid(pid_, nullptr, 0);
+    if (Running()) kill(pid_, SIGKILL), waitpid(pid_, nullptr, 0);
   }
   ServerProcess(const ServerProcess&) = delete;
   ServerProcess& operator=(const ServerProcess&) = delete;
 
   int Port() const { return port_; }
+  pid_t Pid() const { return pid_; }
+  // Whether the process still runs; once it has ended, ExitStatus() is its wait status.
+  bool Running() {
+    if (pid_ <= 0 || exitStatus_ != -1) return false;
+    if (waitpid(pid_, &exitStatus_, WNOHANG) == 0) return true;
+    if (exitStatus_ == -1) exitStatus_ = 0x7f00;  // reaped elsewhere: "stopped", never a clean exit
+    return false;
+  }
+  int ExitStatus() const { return exitStatus_; }
+  // The server's resident memory now and its peak since the start or the last ResetPeak(), in KiB.
+  long RssKiB() const { return ProcStatus(pid_, "VmRSS"); }
+  long PeakRssKiB() const { return ProcStatus(pid_, "VmHWM"); }
+  void ResetPeak() const { std::ofstream("/proc/" + std::to_string(pid_) + "/clear_refs") << "5"; }
   std::filesystem::path Log() const { return dir_ / "output.txt"; }
   std::filesystem::path Database() const { return dir_ / "site.db"; }
   std::filesystem::path Drives() const { return dir_ / "drives"; }
   std::string AwaitOutput(const std::string& pattern) const { return testing::AwaitOutput(Log(), pattern); }
 
-  // Sends SIGTERM and waits up to 10 seconds: the wait status, or -1 when the server still runs.
+  // Sends SIGTERM and waits up to 10 seconds: the wait status, or -1 when the server still runs (the
+  // status it ended with when it had ended before).
   int Stop() {
     using namespace std::chrono_literals;
+    if (!Running()) return exitStatus_;
     if (kill(pid_, SIGTERM) != 0) return -1;
-    int status = -1;
-    for (int i = 0; i < 200 && waitpid(pid_, &status, WNOHANG) == 0; ++i) std::this_thread::sleep_for(50ms);
-    return status;
+    for (int i = 0; i < 200 && Running(); ++i) std::this_thread::sleep_for(50ms);
+    return exitStatus_;
   }
 
  private:
   std::filesystem::path dir_;
   pid_t pid_ = -1;
   int port_ = 0;
+  int exitStatus_ = -1;
 };
 
 }  // namespace corvane::testing

@@ -57,9 +57,11 @@ std::vector<Variant> ContentsCollection::Elements() {
   return out;
 }
 
-Object CollectionOf(Request& request, const ValueCollection& values, std::optional<std::string> raw) {
+Object CollectionOf(Request& request, const ValueCollection& values, const std::string* raw) {
   std::shared_ptr<const ValueCollection> alias(request.shared_from_this(), &values);
-  return Object(std::make_shared<RequestCollection>(std::move(alias), std::move(raw)));
+  std::shared_ptr<const std::string> rawAlias;
+  if (raw) rawAlias = std::shared_ptr<const std::string>(request.shared_from_this(), raw);
+  return Object(std::make_shared<RequestCollection>(std::move(alias), std::move(rawAlias)));
 }
 
 Object CollectionOf(Dispatch& owner, Contents& values) {

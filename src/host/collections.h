@@ -6,7 +6,6 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "corvane/host.h"
@@ -20,9 +19,10 @@ Variant ItemOf(const ValueCollection& values, const Variant& nameOrIndex);
 class RequestCollection : public Dispatch {
  public:
   // `values` lives in the Request that owns it (an aliasing pointer keeps the Request alive).
-  // `raw` is what the collection reads as a value: the raw query string or body; nullopt for the
-  // collections that have none (their value is "").
-  RequestCollection(std::shared_ptr<const ValueCollection> values, std::optional<std::string> raw)
+  // `raw` is what the collection reads as a value: the Request's raw query string or body, also
+  // through an aliasing pointer (a body can be large: it is copied only when the value is read);
+  // null for the collections that have none (their value is "").
+  RequestCollection(std::shared_ptr<const ValueCollection> values, std::shared_ptr<const std::string> raw)
       : values_(std::move(values)), raw_(std::move(raw)) {}
   const ClassInfo& Info() const override;
   std::vector<Variant> Elements() override;
@@ -30,11 +30,11 @@ class RequestCollection : public Dispatch {
   Variant Item(const Variant& nameOrIndex) const { return ItemOf(*values_, nameOrIndex); }
   int32_t Count() const { return static_cast<int32_t>(values_->Names().size()); }
   Variant Key(int32_t index) const;
-  std::string Raw() const { return raw_.value_or(""); }
+  std::string Raw() const { return raw_ ? *raw_ : std::string(); }
 
  private:
   std::shared_ptr<const ValueCollection> values_;
-  std::optional<std::string> raw_;
+  std::shared_ptr<const std::string> raw_;
 };
 
 // Item of Contents: by key, or by 1-based position (past the end raises 9).
@@ -60,7 +60,7 @@ class ContentsCollection : public Dispatch {
 };
 
 // The collection of one of a Request's value sets, keeping the Request alive.
-Object CollectionOf(Request& request, const ValueCollection& values, std::optional<std::string> raw);
+Object CollectionOf(Request& request, const ValueCollection& values, const std::string* raw);
 // The Contents collection of a Session or the Application (`owner`), keeping the owner alive.
 Object CollectionOf(Dispatch& owner, Contents& values);
 

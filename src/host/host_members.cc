@@ -57,18 +57,17 @@ const ClassInfo& Request::Info() const {
               // Without a name, Form and QueryString read as the raw body and query string.
               Method<Request>("Form", 1,
                               [](Request& r, Args& a) -> Variant {
-                                if (Unnamed(a)) return CollectionOf(r, r.FormValues(), r.Body());
+                                if (Unnamed(a)) return CollectionOf(r, r.FormValues(), &r.Body());
                                 return ItemOf(r.FormValues(), a[0]);
                               }),
               Method<Request>("QueryString", 2,
                               [](Request& r, Args& a) -> Variant {
-                                if (Unnamed(a)) return CollectionOf(r, r.QueryValues(), r.QueryString());
+                                if (Unnamed(a)) return CollectionOf(r, r.QueryValues(), &r.QueryString());
                                 return ItemOf(r.QueryValues(), a[0]);
                               }),
               Method<Request>("ServerVariables", 3,
                               [](Request& r, Args& a) -> Variant {
-                                if (Unnamed(a))
-                                  return CollectionOf(r, r.ServerVariableValues(), std::nullopt);
+                                if (Unnamed(a)) return CollectionOf(r, r.ServerVariableValues(), nullptr);
                                 return ItemOf(r.ServerVariableValues(), a[0]);
                               }),
               Reader<Request>("TotalBytes", 4, [](Request& r) { return r.TotalBytes(); }),
@@ -82,7 +81,7 @@ const ClassInfo& Request::Info() const {
                               }),
               Method<Request>("Cookies", 6,
                               [](Request& r, Args& a) -> Variant {
-                                if (Unnamed(a)) return CollectionOf(r, r.CookieValues(), std::nullopt);
+                                if (Unnamed(a)) return CollectionOf(r, r.CookieValues(), nullptr);
                                 return ItemOf(r.CookieValues(), a[0]);
                               }),
           },

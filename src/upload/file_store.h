@@ -15,8 +15,9 @@ bool LocalFileExists(const std::string& localPath);
 // Binary open, write from the first byte, close: creates the file when it is missing and writes
 // `data` over its start. An existing file is not truncated, so the bytes past the new length stay.
 // Raises 76 (path not found) when a folder on the way is missing, 52 for a name holding NUL, 61
-// when the disk is full and 75 (path/file access error) for any other failure, such as a folder in
-// the file's place or no permission.
+// when the disk is full (or the process's file size limit is reached) and 75 (path/file access
+// error) for any other failure, such as a folder in the file's place or no permission. When the
+// write fails, a file that it created is removed again.
 void WriteFileFromStart(const std::string& localPath, std::string_view data);
 
 // The writes of one upload: the data last written to each local path. A body whose items lead the

@@ -1,0 +1,85 @@
+#include "http_access_log.h"
+
+#include <cstdio>
+
+namespace corvane::server {
+
+namespace {
+
+// A client's text inside a quoted field of the combined format: control bytes, quotes and
+// backslashes as escapes ("\x0d", "\"", "\\"); "-" when empty.
+std::string Quoted(std::string_view text) {
+  if (text.empty()) return "\"-\"";
+  std::string out = "\"";
+  for (unsigned char c : text) {
+    if (c == '"' || c == '\\') {
+      out += '\\';
+      out += static_cast<char>(c);
+    } else if (c < 0x20 || c == 0x7f) {
+      char buf[8];
+      std::snprintf(buf, sizeof buf, "\\x%02x", c);
+      out += buf;
+    } else {
+      out += static_cast<char>(c);
+    }
+  }
+  return out + '"';
+}
+
+// A JSON string; bytes from 0x80 up are written as the code points of the same number, so that the
+// line stays valid JSON whatever the client sent.
+std::string JsonString(std::string_view text) {
+  std::string out = "\"";
+  for (unsigned char c : text) {
+    if (c == '"' || c == '\\') {
+      out += '\\';
+      out += static_cast<char>(c);
+    } else if (c < 0x20 || c >= 0x7f) {
+      char buf[8];
+      std::snprintf(buf, sizeof buf, "\\u%04x", c);
+      out += buf;
+    } else {
+      out += static_cast<char>(c);
+    }
+  }
+  return out + '"';
+}
+
+std::string TimeText(std::time_t when, const char* format) {
+  std::tm tm{};
+  localtime_r(&when, &tm);
+  char buf[64];
+  std::strftime(buf, sizeof buf, format, &tm);
+  return buf;
+}
+
+std::string Seconds(std::chrono::microseconds took) {
+  char buf[32];
+  std::snprintf(buf, sizeof buf, "%.6f", static_cast<double>(took.count()) / 1e6);
+  return buf;
+}
+
+}  // namespace
+
+std::string CombinedLogLine(const AccessRecord& r) {
+  std::string requestLine;
+  if (!r.method.empty()) {
+    requestLine = std::string(r.method) + " " + std::string(r.target);
+    if (!r.version.empty()) requestLine += " " + std::string(r.version);
+  }
+  return std::string(r.remoteAddr.empty() ? "-" : r.remoteAddr) + " - - [" +
+         TimeText(r.when, "%d/%b/%Y:%H:%M:%S %z") + "] " + Quoted(requestLine) + " " +
+         std::to_string(r.status) + " " + std::to_string(r.bytes) + " " + Quoted(r.referer) + " " +
+         Quoted(r.userAgent) + " " + Seconds(r.took);
+}
+
+std::string JsonLogLine(const AccessRecord& r) {
+  return "{\"time\":" + JsonString(TimeText(r.when, "%Y-%m-%dT%H:%M:%S%z")) +
+         ",\"remote\":" + JsonString(r.remoteAddr) + ",\"method\":" + JsonString(r.method) +
+         ",\"target\":" + JsonString(r.target) + ",\"protocol\":" + JsonString(r.version) +
+         ",\"status\":" + std::to_string(r.status) + ",\"bytes\":" + std::to_string(r.bytes) +
+         ",\"referer\":" + JsonString(r.referer) + ",\"user_agent\":" + JsonString(r.userAgent) +
+         ",\"seconds\":" + Seconds(r.took) + "}";
+}
+
+}  // namespace corvane::server
