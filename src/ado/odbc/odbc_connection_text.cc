@@ -70,7 +70,8 @@ std::optional<OdbcTarget> OdbcTargetOf(const ConnectionString& cs) {
   OdbcTarget target;
   const auto& entries = cs.Entries();
   for (auto it = entries.begin(); it != entries.end(); ++it) {
-    const auto& [key, value] = *it;
+    const std::string& key = it->first;
+    const std::string& value = it->second;
     if (key == "provider") continue;  // MSDASQL, ADO's provider for ODBC
     // A key given again later is set by its last occurrence, as Get reads it.
     if (std::any_of(it + 1, entries.end(), [&](const auto& later) { return later.first == key; })) continue;
