@@ -256,7 +256,7 @@ struct HttpServer::Impl {
     bool newSession = lease.IsProvisional();
     host::PageRequest request = RequestOf(req.path, req, options.codePage);
     HttpReply refused;
-    if (!Guard(req.path, req, refused, lease, request.serverVariables)) return refused;
+    if (!Guard(req.path, req, refused, lease, request)) return refused;
     PageReply reply =
         RunPage(page, std::move(request), lease.Session(), pageHost, secrets, [&](host::Page& p) {
           scripts.StartApplication();
@@ -288,7 +288,7 @@ struct HttpServer::Impl {
                                          host::LocalPathIn(files.Root().string(), page->sitePath));
     request.serverVariables.emplace_back("APPL_PHYSICAL_PATH", files.Root().string() + "/");
     HttpReply refused;
-    if (!Guard(page->sitePath, req, refused, lease, request.serverVariables)) return refused;
+    if (!Guard(page->sitePath, req, refused, lease, request)) return refused;
     PageReply reply = RunInPage(
         std::move(request), lease.Session(), pageHost,
         [&](host::Page& p) {
@@ -302,12 +302,15 @@ struct HttpServer::Impl {
   // The site's rule for the page at `sitePath`: true when the page may run (its server variables
   // then get the rule's); otherwise `refused` is the refusal, logged.
   bool Guard(const std::string& sitePath, const HttpRequest& req, HttpReply& refused,
-             SessionStore::Lease& lease, host::NameValues& serverVariables) {
+             SessionStore::Lease& lease, host::PageRequest& request) {
     if (!guard) return true;
+    host::NameValues& serverVariables = request.serverVariables;
     GuardVerdict v = guard({.method = req.method,
                             .sitePath = sitePath,
                             .session = *lease.Session().ptr(),
-                            .remoteAddr = req.remoteAddr});
+                            .remoteAddr = req.remoteAddr,
+                            .contentType = request.contentType,
+                            .body = request.body});
     if (!v.logLine.empty()) LogError(EscapeForLog("corvane-server: " + v.logLine));
     if (v.status == 0) {
       for (auto& nv : v.serverVariables) serverVariables.push_back(std::move(nv));

@@ -12,7 +12,6 @@
 #include "corvane/registry.h"
 #include "http_server.h"
 #include "options.h"
-#include "page_rights.h"
 #include "scripting/scripting.h"
 #include "site.h"
 
@@ -60,7 +59,7 @@ int Serve(const ServerOptions& o) {
   }
   corvane::server::HttpServer server(
       o, std::move(pages), {.application = application, .createObject = corvane::CreateObject}, secrets);
-  server.SetPageGuard(corvane::site::PageRights(connStr));
+  server.SetPageGuard(corvane::site::SiteGuard(connStr));
   int port = server.Bind();
 
   // SIGTERM and SIGINT are taken by one thread that stops the server; the workers never see them.

@@ -15,6 +15,8 @@ struct GuardRequest {
   std::string_view sitePath;  // the page as the site names it ("/scheduler/manage.asp")
   const host::SessionObject& session;
   std::string_view remoteAddr;
+  std::string_view contentType;  // the request's, as sent
+  std::string_view body;         // the whole body (a view: large uploads are not copied)
 };
 
 struct GuardVerdict {

@@ -32,18 +32,11 @@ Sub MakeUploadFolder()
   If Not fso.FolderExists(UploadFolder()) Then fso.CreateFolder UploadFolder()
 End Sub
 
-' The component keeps what follows the last "\" or ":" of the name the browser sends, and takes the
-' rest as a path from the person's folder: a "/" in a sent name ("../3/a.txt") would reach another
-' folder. The raw body (Request.Form without a name) is read without taking it from the component;
-' every "filename=" quoted text in it is checked, as the component finds them, contents included.
-Sub GuardFileNames()
-  If Fits(Request.Form, "filename=""[^""]*/") Then RefuseInput "file1", "文件名不能含 /。"
-End Sub
-
+' A sent file name holding "/" ("../3/a.txt") would reach another folder: the site's guard refuses
+' such an upload before this page runs (site/pages/upload_names.h).
 Dim message, up, result, fileName, size, conn, rs, n
 message = ""
 If Request.ServerVariables("REQUEST_METHOD") = "POST" Then
-  GuardFileNames
   MakeUploadFolder
   Set up = Server.CreateObject("corvane.SystemInit")
   result = up.Upload(MaxFileBytes, UploadFolder(), 2) & ""
