@@ -34,7 +34,8 @@ class OdbcConnection {
   bool Alive();
 
  private:
-  explicit OdbcConnection(std::string secret) : dbc_(SQL_HANDLE_DBC, OdbcEnvironment()), secret_(std::move(secret)) {}
+  explicit OdbcConnection(std::string secret)
+      : dbc_(SQL_HANDLE_DBC, OdbcEnvironment()), secret_(std::move(secret)) {}
 
   OdbcHandle dbc_;
   std::string secret_;
