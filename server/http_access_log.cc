@@ -6,18 +6,17 @@ namespace corvane::server {
 
 namespace {
 
-// A client's text inside a quoted field of the combined format: control bytes, quotes and
-// backslashes as escapes ("\x0d", "\"", "\\"); "-" when empty.
-std::string Quoted(std::string_view text) {
-  if (text.empty()) return "\"-\"";
+// `text` in double quotes, with quotes and backslashes escaped by a backslash, and control bytes (and,
+// with `escapeHigh`, bytes from 0x80 up) written through `format` with the byte's value.
+std::string EscapedInQuotes(std::string_view text, bool escapeHigh, const char* format) {
   std::string out = "\"";
   for (unsigned char c : text) {
     if (c == '"' || c == '\\') {
       out += '\\';
       out += static_cast<char>(c);
-    } else if (c < 0x20 || c == 0x7f) {
+    } else if (c < 0x20 || c == 0x7f || (escapeHigh && c >= 0x80)) {
       char buf[8];
-      std::snprintf(buf, sizeof buf, "\\x%02x", c);
+      std::snprintf(buf, sizeof buf, format, c);
       out += buf;
     } else {
       out += static_cast<char>(c);
@@ -26,24 +25,16 @@ std::string Quoted(std::string_view text) {
   return out + '"';
 }
 
+// A client's text inside a quoted field of the combined format: control bytes as "\x0d"; "-" when
+// empty.
+std::string Quoted(std::string_view text) {
+  if (text.empty()) return "\"-\"";
+  return EscapedInQuotes(text, false, "\\x%02x");
+}
+
 // A JSON string; bytes from 0x80 up are written as the code points of the same number, so that the
 // line stays valid JSON whatever the client sent.
-std::string JsonString(std::string_view text) {
-  std::string out = "\"";
-  for (unsigned char c : text) {
-    if (c == '"' || c == '\\') {
-      out += '\\';
-      out += static_cast<char>(c);
-    } else if (c < 0x20 || c >= 0x7f) {
-      char buf[8];
-      std::snprintf(buf, sizeof buf, "\\u%04x", c);
-      out += buf;
-    } else {
-      out += static_cast<char>(c);
-    }
-  }
-  return out + '"';
-}
+std::string JsonString(std::string_view text) { return EscapedInQuotes(text, true, "\\u%04x"); }
 
 std::string TimeText(std::time_t when, const char* format) {
   std::tm tm{};

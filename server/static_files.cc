@@ -48,9 +48,9 @@ bool IsWithin(const fs::path& p, const fs::path& root) {
 std::optional<ByteRange> SingleRange(std::string_view header, size_t size) {
   constexpr std::string_view kUnit = "bytes=";
   if (header.size() <= kUnit.size() || header.substr(0, kUnit.size()) != kUnit) return std::nullopt;
-  std::string_view spec = header.substr(kUnit.size());
-  if (spec.find(',') != std::string_view::npos) return std::nullopt;
-  size_t dash = spec.find('-');
+  std::string_view range = header.substr(kUnit.size());
+  if (range.find(',') != std::string_view::npos) return std::nullopt;
+  size_t dash = range.find('-');
   if (dash == std::string_view::npos) return std::nullopt;
   auto number = [](std::string_view digits, size_t& out) {
     if (digits.empty() || digits.size() > 18) return false;
@@ -62,7 +62,7 @@ std::optional<ByteRange> SingleRange(std::string_view header, size_t size) {
     return true;
   };
   size_t a = 0, b = 0;
-  std::string_view from = spec.substr(0, dash), to = spec.substr(dash + 1);
+  std::string_view from = range.substr(0, dash), to = range.substr(dash + 1);
   if (from.empty()) {  // the last `to` bytes
     if (!number(to, b)) return std::nullopt;
     if (b == 0 || size == 0) return ByteRange{1, 0};

@@ -33,28 +33,15 @@ ConnectionString ConnectionString::Parse(std::string_view text) {
     size_t j = eq + 1;
     while (j < text.size() && (text[j] == ' ' || text[j] == '\t')) ++j;
     std::string value;
-    if (j < text.size() && text[j] == '{') {
-      // ODBC's braces: everything up to the closing brace, ";" included; "}}" stands for "}".
+    // A value in ODBC's braces (up to the closing brace, ";" included) or in quotes; the closing
+    // character doubled stands for itself.
+    const char open = j < text.size() ? text[j] : '\0';
+    if (open == '{' || open == '"' || open == '\'') {
+      const char close = open == '{' ? '}' : open;
       for (++j; j < text.size(); ++j) {
-        if (text[j] == '}') {
-          if (j + 1 < text.size() && text[j + 1] == '}') {
-            value += '}';
-            ++j;
-            continue;
-          }
-          ++j;
-          break;
-        }
-        value += text[j];
-      }
-      size_t end = text.find(';', j);
-      i = end == std::string_view::npos ? text.size() : end + 1;
-    } else if (j < text.size() && (text[j] == '"' || text[j] == '\'')) {
-      char quote = text[j++];
-      for (; j < text.size(); ++j) {
-        if (text[j] == quote) {
-          if (j + 1 < text.size() && text[j + 1] == quote) {
-            value += quote;
+        if (text[j] == close) {
+          if (j + 1 < text.size() && text[j + 1] == close) {
+            value += close;
             ++j;
             continue;
           }
