@@ -2,12 +2,6 @@
 // socket client for what an HTTP library would not send (bad framing, slow heads, pipelining).
 #pragma once
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <filesystem>
 #include <memory>
@@ -17,6 +11,7 @@
 #include <vector>
 
 #include "http_server.h"
+#include "raw_http_client.h"
 #include "test_support.h"
 
 namespace corvane::server::testing {
@@ -40,50 +35,19 @@ struct TestServer {
   std::jthread thread;
 };
 
-class RawClient {
+// A raw connection read by time: what arrives until the server closes, or until `quiet` passes without
+// a byte (`closed` tells which).
+class RawClient : public corvane::testing::RawConnection {
  public:
-  explicit RawClient(int port) : fd_(::socket(AF_INET, SOCK_STREAM, 0)) {
-    sockaddr_in addr{};
-    addr.sin_family = AF_INET;
-    addr.sin_port = htons(static_cast<uint16_t>(port));
-    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    connected_ = ::connect(fd_, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0;
-  }
-  ~RawClient() { ::close(fd_); }
-  RawClient(const RawClient&) = delete;
-  RawClient& operator=(const RawClient&) = delete;
-
-  bool Connected() const { return connected_; }
-  // False when the server has closed (or reset) the connection.
-  bool Send(std::string_view bytes) {
-    while (!bytes.empty()) {
-      ssize_t n = ::send(fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-      if (n <= 0) return false;
-      bytes.remove_prefix(static_cast<size_t>(n));
-    }
-    return true;
-  }
-  // What arrives until the server closes, or until `quiet` passes without a byte (`closed` tells).
+  using RawConnection::RawConnection;
   std::string Read(std::chrono::milliseconds quiet = std::chrono::milliseconds(1500),
                    bool* closed = nullptr) {
-    std::string out;
-    if (closed) *closed = false;
-    for (;;) {
-      pollfd p{fd_, POLLIN, 0};
-      if (::poll(&p, 1, static_cast<int>(quiet.count())) <= 0) return out;
-      char buf[65536];
-      ssize_t n = ::recv(fd_, buf, sizeof buf, 0);
-      if (n <= 0) {
-        if (closed) *closed = true;
-        return out;
-      }
-      out.append(buf, static_cast<size_t>(n));
+    const size_t from = received_.size();
+    while (Receive(std::chrono::steady_clock::now() + quiet)) {
     }
+    if (closed) *closed = closed_;
+    return received_.substr(from);
   }
-
- private:
-  int fd_;
-  bool connected_ = false;
 };
 
 // The status codes of the replies in `text`, in order.

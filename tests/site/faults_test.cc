@@ -4,15 +4,10 @@
 // --max-body, and SIGTERM under load. In every case the server answers with a clear status or error
 // page, leaves nothing half written, keeps serving the others and gives its memory back.
 //
-// The requests go over plain sockets, so that a test can stop, dribble or overrun a request where a
-// client library would not.
-#include <arpa/inet.h>
+// The requests go over plain sockets (raw_http_client.h).
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <poll.h>
 #include <sqlite3.h>
-#include <sys/socket.h>
 
 #include <atomic>
 #include <cerrno>
@@ -26,8 +21,8 @@
 #include <thread>
 #include <vector>
 
-#include "corvane/codepage.h"
 #include "process_test_support.h"
+#include "raw_http_client.h"
 
 namespace {
 
@@ -35,151 +30,12 @@ namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 using corvane::testing::ProcessSetup;
+using corvane::testing::RawConnection;
+using corvane::testing::ParseReply;
+using corvane::testing::Reply;
 using corvane::testing::ServerProcess;
 using ::testing::AnyOf;
 using ::testing::HasSubstr;
-
-// ---- HTTP over a plain socket
-
-struct Reply {
-  int status = 0;         // 0: no status line came
-  std::string head;       // status line and headers
-  std::string body;       // unchunked when the reply came in chunks
-  bool complete = false;  // the whole body arrived, as its framing says
-  std::string text() const { return corvane::DecodeCodePage(body); }
-  // A header's value ("" when missing); names are matched case-blind.
-  std::string Header(std::string name) const {
-    auto lower = [](std::string s) {
-      for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-      return s;
-    };
-    const std::string h = lower(head), key = "\r\n" + lower(name) + ":";
-    size_t at = h.find(key);
-    if (at == std::string::npos) return "";
-    at += key.size();
-    size_t end = h.find("\r\n", at);
-    std::string value = head.substr(at, end - at);
-    return value.substr(value.find_first_not_of(' ') == std::string::npos ? 0 : value.find_first_not_of(' '));
-  }
-};
-
-// What has arrived so far read as a reply; `closed` when the server has closed the connection (a body
-// without a length then ends there).
-Reply ParseReply(const std::string& raw, bool closed) {
-  Reply r;
-  if (raw.rfind("HTTP/1.", 0) == 0 && raw.size() >= 12) r.status = std::atoi(raw.c_str() + 9);
-  const size_t end = raw.find("\r\n\r\n");
-  if (end == std::string::npos) return r;
-  r.head = raw.substr(0, end);
-  const std::string rest = raw.substr(end + 4);
-  if (const std::string length = r.Header("Content-Length"); !length.empty()) {
-    const size_t n = std::stoul(length);
-    r.body = rest.substr(0, n);
-    r.complete = rest.size() >= n;
-  } else if (r.Header("Transfer-Encoding").find("chunked") != std::string::npos) {
-    for (size_t at = 0;;) {
-      const size_t line = rest.find("\r\n", at);
-      if (line == std::string::npos) break;
-      const size_t size = std::stoul(rest.substr(at, line - at), nullptr, 16);
-      if (size == 0) {
-        r.complete = true;
-        break;
-      }
-      if (rest.size() < line + 2 + size + 2) break;
-      r.body += rest.substr(line + 2, size);
-      at = line + 2 + size + 2;
-    }
-  } else {
-    r.body = rest;
-    r.complete = closed;
-  }
-  return r;
-}
-
-// A TCP connection to the server on loopback, from the loopback address `from` when given (the server
-// may cap the connections of one address).
-class Connection {
- public:
-  explicit Connection(int port, const std::string& from = "") {
-    fd_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (!from.empty()) {
-      sockaddr_in local{};
-      local.sin_family = AF_INET;
-      inet_pton(AF_INET, from.c_str(), &local.sin_addr);
-      ::bind(fd_, reinterpret_cast<sockaddr*>(&local), sizeof local);
-    }
-    sockaddr_in to{};
-    to.sin_family = AF_INET;
-    to.sin_port = htons(static_cast<uint16_t>(port));
-    to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    error_ = ::connect(fd_, reinterpret_cast<sockaddr*>(&to), sizeof to) == 0 ? 0 : errno;
-    const timeval sendLimit{10, 0};  // a server that stops reading fails the send instead of hanging it
-    setsockopt(fd_, SOL_SOCKET, SO_SNDTIMEO, &sendLimit, sizeof sendLimit);
-  }
-  ~Connection() { Close(); }
-  Connection(const Connection&) = delete;
-  Connection& operator=(const Connection&) = delete;
-
-  bool Connected() const { return fd_ >= 0 && error_ == 0; }
-  int ConnectError() const { return error_; }
-  void Close() {
-    if (fd_ >= 0) ::close(fd_);
-    fd_ = -1;
-  }
-
-  // Sends all of `data`; false when the server closed, reset or stopped reading the connection.
-  bool Send(std::string_view data) {
-    while (!data.empty()) {
-      const ssize_t n = ::send(fd_, data.data(), data.size(), MSG_NOSIGNAL);
-      if (n < 0 && errno == EINTR) continue;
-      if (n <= 0) return false;
-      data.remove_prefix(static_cast<size_t>(n));
-    }
-    return true;
-  }
-
-  // Reads until one whole reply has arrived, the server closes the connection, or `limit` passes.
-  Reply Read(std::chrono::milliseconds limit = 30s) {
-    const auto until = Clock::now() + limit;
-    while (!closed_) {
-      if (Reply r = ParseReply(received_, false); r.complete) return r;
-      if (!Receive(until)) break;
-    }
-    return ParseReply(received_, closed_);
-  }
-
-  // Whether the server closes the connection (an end or a reset) within `limit`, reading what it
-  // sends meanwhile (Received()).
-  bool AwaitClose(std::chrono::milliseconds limit) {
-    const auto until = Clock::now() + limit;
-    while (!closed_ && Receive(until)) {
-    }
-    return closed_;
-  }
-  const std::string& Received() const { return received_; }
-
- private:
-  // Waits for bytes until `until`: false when none came in time; an end or a reset sets closed_.
-  bool Receive(Clock::time_point until) {
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(until - Clock::now());
-    pollfd p{fd_, POLLIN, 0};
-    if (left.count() < 0 || ::poll(&p, 1, static_cast<int>(left.count())) <= 0) return false;
-    char buf[65536];
-    const ssize_t n = ::recv(fd_, buf, sizeof buf, 0);
-    if (n < 0 && errno == EINTR) return true;
-    if (n <= 0) {
-      closed_ = true;
-      return false;
-    }
-    received_.append(buf, static_cast<size_t>(n));
-    return true;
-  }
-
-  int fd_ = -1;
-  int error_ = 0;
-  bool closed_ = false;
-  std::string received_;
-};
 
 std::string CookieLine(const std::string& cookie) {
   return cookie.empty() ? "" : "Cookie: " + cookie + "\r\n";
@@ -198,7 +54,7 @@ std::string Post(const std::string& path, const std::string& body, const std::st
 
 // One request on a connection of its own, and its reply (status 0 when none came within `limit`).
 Reply Exchange(int port, const std::string& request, std::chrono::milliseconds limit = 30s) {
-  Connection c(port);
+  RawConnection c(port);
   if (!c.Connected() || !c.Send(request)) return {};
   return c.Read(limit);
 }
@@ -473,7 +329,7 @@ class ClientFaultTest : public ::testing::Test {
 TEST_F(ClientFaultTest, AClientGoneMidUploadHoldsNothingAndStoresNothing) {
   const std::string body = UploadBody("gone.bin", kMaxBody - 100'000);
   {
-    Connection c(Port());
+    RawConnection c(Port());
     ASSERT_TRUE(c.Send(UploadHead(cookie_, body.size())));
     ASSERT_TRUE(c.Send(std::string_view(body).substr(0, body.size() / 2)));
     std::this_thread::sleep_for(200ms);
@@ -486,9 +342,9 @@ TEST_F(ClientFaultTest, AClientGoneMidUploadHoldsNothingAndStoresNothing) {
 TEST_F(ClientFaultTest, HeadersSentAByteASecondHoldNoWorkerAndTimeOut) {
   // More dribbling clients than the server has workers, each from an address of its own.
   constexpr int kClients = 72;
-  std::vector<std::unique_ptr<Connection>> slow;
+  std::vector<std::unique_ptr<RawConnection>> slow;
   for (int i = 0; i < kClients; ++i) {
-    slow.push_back(std::make_unique<Connection>(Port(), "127.0.0." + std::to_string(10 + i)));
+    slow.push_back(std::make_unique<RawConnection>(Port(), "127.0.0." + std::to_string(10 + i)));
     ASSERT_TRUE(slow.back()->Connected());
     ASSERT_TRUE(slow.back()->Send("GET /images/edit.gif HTTP/1.1\r\nHost: 127.0.0.1\r\nX-Slow: "));
   }
@@ -519,7 +375,7 @@ TEST_F(ClientFaultTest, HeadersSentAByteASecondHoldNoWorkerAndTimeOut) {
 }
 
 TEST_F(ClientFaultTest, AMegabyteOfHeadersIsRefusedAndClosed) {
-  Connection c(Port());
+  RawConnection c(Port());
   ASSERT_TRUE(c.Connected());
   // Sent from a thread of its own: the reply comes while the headers are still being sent.
   std::thread sender([&c] {
@@ -550,7 +406,7 @@ class BodyOverMaxBodyTest : public ClientFaultTest, public ::testing::WithParamI
 // framing, counted as it arrives (the server never holds much more than --max-body of it).
 TEST_P(BodyOverMaxBodyTest, IsRefusedWith413WhileItArrives) {
   constexpr size_t kSent = 64u << 20, kChunk = 64u << 10;
-  Connection c(Port());
+  RawConnection c(Port());
   ASSERT_TRUE(c.Connected());
   std::atomic<size_t> sent{0};
   std::thread sender([&] {
@@ -618,7 +474,7 @@ TEST(SigtermTest, InFlightRequestsFinishNewOnesAreRefusedAndTheProcessExitsWithi
     clients.emplace_back([&, t] {
       for (int n = 0; !stop; ++n) {
         Outcome o{.sent = Clock::now()};
-        Connection c(s.Port());
+        RawConnection c(s.Port());
         o.connected = c.Connected();
         if (o.connected && c.Send(Get(n % 2 ? kStatic : kListPage, cookies[1 + t % 4]))) {
           const Reply r = c.Read(15s);
@@ -638,7 +494,7 @@ TEST(SigtermTest, InFlightRequestsFinishNewOnesAreRefusedAndTheProcessExitsWithi
   std::this_thread::sleep_for(300ms);
   EXPECT_TRUE(s.Running()) << "the server did not wait for the write in flight";
   {
-    Connection late(s.Port());
+    RawConnection late(s.Port());
     EXPECT_EQ(late.ConnectError(), ECONNREFUSED) << "a new connection was taken while stopping";
   }
   std::this_thread::sleep_for(700ms);
