@@ -29,9 +29,9 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
+using corvane::testing::ParseReply;
 using corvane::testing::ProcessSetup;
 using corvane::testing::RawConnection;
-using corvane::testing::ParseReply;
 using corvane::testing::Reply;
 using corvane::testing::ServerProcess;
 using ::testing::AnyOf;
