@@ -18,6 +18,7 @@
 #include "ado/sql_dialect.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "ado/sql_tokens.h"
 #include "corvane/error.h"
@@ -273,8 +274,7 @@ Dialect DialectOfProduct(std::string_view dbmsName) {
   return Dialect::SqlServer;
 }
 
-std::string Adapt(Dialect dialect, std::string_view sql) {
-  if (dialect == Dialect::SqlServer) return std::string(sql);
+static std::string AdaptUncached(Dialect dialect, std::string_view sql) {
   std::vector<Token> tokens = Tokenize(sql);
   std::vector<size_t> statement = FirstStatement(tokens);
   if (statement.empty()) return std::string(sql);
@@ -283,6 +283,26 @@ std::string Adapt(Dialect dialect, std::string_view sql) {
   std::vector<Edit> edits = ServerTokenEdits(dialect, sql, tokens, statement);
   if (edits.empty()) return AdaptClauses(sql);
   return AdaptClauses(Apply(sql, std::move(edits)));
+}
+
+// Pages send the same few statements again and again (a list's query, a look-up per shown row with
+// a handful of different codes), so each thread keeps the texts it adapted. The cache is dropped
+// whole when it is full: simpler than an LRU and as good for a working set that fits. A statement
+// that is refused is not kept and is refused again next time.
+std::string Adapt(Dialect dialect, std::string_view sql) {
+  if (dialect == Dialect::SqlServer) return std::string(sql);
+  constexpr size_t kCachedStatements = 512, kLongestCached = 4096;
+  if (sql.size() > kLongestCached) return AdaptUncached(dialect, sql);
+  thread_local std::unordered_map<std::string, std::string> cache;
+  std::string key;
+  key.reserve(sql.size() + 1);
+  key.push_back(static_cast<char>('0' + static_cast<int>(dialect)));
+  key.append(sql);
+  if (auto it = cache.find(key); it != cache.end()) return it->second;
+  std::string adapted = AdaptUncached(dialect, sql);
+  if (cache.size() >= kCachedStatements) cache.clear();
+  cache.emplace(std::move(key), adapted);
+  return adapted;
 }
 
 void RefuseStackedStatements(std::string_view sql) {

@@ -1,17 +1,20 @@
-// Code page conversions: GBK through glibc iconv ("CP936"), UTF-8 by our own validation.
+// Code page conversions: GBK by tables built from glibc's iconv ("CP936"), UTF-8 by our own
+// validation.
 //
 // glibc's CP936 is Microsoft's table: ASCII as is, 0x80 alone is the euro sign, lead bytes 0x81-0xFE
 // with trail bytes 0x40-0x7E and 0x80-0xFE. It leaves the user-defined areas (for example AA A1 and
 // A1 40) and the byte 0xFF undefined; those decode to "?" here.
 //
-// iconv descriptors hold conversion state and must not be shared between threads, so each thread
-// opens its own pair once and resets it before each conversion. A text of ASCII only (the common
-// case for markup) never reaches iconv: both code pages keep ASCII as it is.
+// Every page's reply goes through the encoder, so conversions do not call iconv: on first use iconv
+// is asked once about every character of the BMP and every byte pair, and the answers are kept in two
+// tables (a few hundred KB, shared read-only by every thread). The tables therefore say exactly what
+// iconv says. A text of ASCII only (the common case for markup) is copied as it is.
 #include "corvane/codepage.h"
 
 #include <iconv.h>
 
-#include <cerrno>
+#include <memory>
+#include <vector>
 
 #include "corvane/error.h"
 #include "runtime/utf8.h"
@@ -19,65 +22,125 @@
 namespace corvane {
 namespace {
 
-class IconvHandle {
- public:
-  IconvHandle(const char* to, const char* from) : cd_(iconv_open(to, from)) {}
-  ~IconvHandle() {
-    if (Ok()) iconv_close(cd_);
-  }
-  IconvHandle(const IconvHandle&) = delete;
-  IconvHandle& operator=(const IconvHandle&) = delete;
-
-  bool Ok() const { return cd_ != reinterpret_cast<iconv_t>(-1); }
-  iconv_t Get() const { return cd_; }
-
- private:
-  iconv_t cd_;
-};
-
-struct GbkConverters {
-  IconvHandle encode{"CP936", "UTF-8"};
-  IconvHandle decode{"UTF-8", "CP936"};
-};
-
-iconv_t ThreadConverter(bool encode) {
-  thread_local GbkConverters converters;
-  const IconvHandle& h = encode ? converters.encode : converters.decode;
-  if (!h.Ok()) throw Error(5, "Code page 936 is not available (iconv CP936)");
-  iconv(h.Get(), nullptr, nullptr, nullptr, nullptr);  // back to the initial state
-  return h.Get();
-}
-
 bool IsGbkLead(unsigned char b) { return b >= 0x81 && b <= 0xFE; }
 bool IsGbkTrail(unsigned char b) { return b >= 0x40 && b <= 0xFE && b != 0x7F; }
 
-// Runs one iconv conversion over all of `in`. Where iconv stops at a sequence it cannot convert,
-// `skip(offset)` says how many input bytes that sequence spans; they become one "?".
-template <typename Skip>
-std::string Convert(iconv_t cd, std::string_view in, size_t outGuess, Skip skip) {
-  std::string out(outGuess + 16, '\0');
+struct GbkTables {
+  // A BMP code point's GBK code: one byte below 0x100, a lead and a trail byte above; 0 when CP936
+  // has no code for it.
+  std::vector<uint16_t> toGbk = std::vector<uint16_t>(0x10000);
+  // The code point of the single byte b (index b - 0x80) or of the pair lead/trail (index
+  // lead << 8 | trail, from 0x8000 on); 0 when undefined.
+  std::vector<char32_t> fromGbk = std::vector<char32_t>(0x10000);
+};
+
+// What one iconv conversion of the whole of `in` gives, or "" when iconv refuses any of it.
+std::string IconvOnce(iconv_t cd, std::string_view in) {
+  char buffer[8];
   char* inPtr = const_cast<char*>(in.data());
   size_t inLeft = in.size();
-  size_t used = 0;
-  auto grow = [&] { out.resize(out.size() * 2); };
-  while (inLeft > 0) {
-    char* outPtr = out.data() + used;
-    size_t outLeft = out.size() - used;
-    size_t r = iconv(cd, &inPtr, &inLeft, &outPtr, &outLeft);
-    used = out.size() - outLeft;
-    if (r != static_cast<size_t>(-1)) break;
-    if (errno == E2BIG) {
-      grow();
-      continue;
-    }
-    // EILSEQ (undefined or malformed) or EINVAL (cut short at the end).
-    if (used == out.size()) grow();
-    out[used++] = '?';
-    size_t n = skip(in.size() - inLeft);
-    inPtr += n;
-    inLeft -= n;
+  char* outPtr = buffer;
+  size_t outLeft = sizeof buffer;
+  iconv(cd, nullptr, nullptr, nullptr, nullptr);
+  if (iconv(cd, &inPtr, &inLeft, &outPtr, &outLeft) == static_cast<size_t>(-1) || inLeft != 0) return "";
+  return std::string(buffer, static_cast<size_t>(outPtr - buffer));
+}
+
+std::unique_ptr<GbkTables> BuildGbkTables() {
+  iconv_t encode = iconv_open("CP936", "UTF-8"), decode = iconv_open("UTF-8", "CP936");
+  const auto bad = reinterpret_cast<iconv_t>(-1);
+  if (encode == bad || decode == bad) {
+    if (encode != bad) iconv_close(encode);
+    if (decode != bad) iconv_close(decode);
+    return nullptr;
   }
-  out.resize(used);
+  auto t = std::make_unique<GbkTables>();
+  for (char32_t c = 0x80; c < 0x10000; ++c) {
+    if (c >= 0xD800 && c <= 0xDFFF) continue;
+    std::string utf8;
+    utf8::Append(utf8, c);
+    const std::string gbk = IconvOnce(encode, utf8);
+    if (gbk.size() == 1) t->toGbk[c] = static_cast<unsigned char>(gbk[0]);
+    if (gbk.size() == 2)
+      t->toGbk[c] =
+          static_cast<uint16_t>(static_cast<unsigned char>(gbk[0]) << 8 | static_cast<unsigned char>(gbk[1]));
+  }
+  auto decodeOne = [&](std::string_view bytes) -> char32_t {
+    const std::string text = IconvOnce(decode, bytes);
+    if (text.empty()) return 0;
+    const utf8::Char ch = utf8::DecodeAt(text, 0);
+    return ch.valid && ch.bytes == text.size() ? ch.code : 0;
+  };
+  for (unsigned b = 0x80; b < 0x100; ++b)
+    t->fromGbk[b - 0x80] = decodeOne(std::string(1, static_cast<char>(b)));
+  for (unsigned lead = 0x81; lead <= 0xFE; ++lead)
+    for (unsigned trail = 0x40; trail <= 0xFE; ++trail) {
+      if (!IsGbkTrail(static_cast<unsigned char>(trail))) continue;
+      const char pair[2] = {static_cast<char>(lead), static_cast<char>(trail)};
+      t->fromGbk[lead << 8 | trail] = decodeOne(std::string_view(pair, 2));
+    }
+  iconv_close(encode);
+  iconv_close(decode);
+  return t;
+}
+
+const GbkTables& Gbk() {
+  static const std::unique_ptr<GbkTables> tables = BuildGbkTables();
+  if (!tables) throw Error(5, "Code page 936 is not available (iconv CP936)");
+  return *tables;
+}
+
+std::string EncodeGbk(std::string_view text) {
+  const GbkTables& t = Gbk();
+  std::string out;
+  out.reserve(text.size());  // GBK never takes more bytes than UTF-8 for the same text
+  size_t i = 0;
+  while (i < text.size()) {
+    const size_t run = utf8::AsciiRun(text, i);
+    out.append(text.substr(i, run));
+    i += run;
+    if (i >= text.size()) break;
+    const utf8::Char c = utf8::DecodeAt(text, i);
+    const uint16_t code = c.valid && c.code < 0x10000 ? t.toGbk[c.code] : 0;
+    if (code == 0) {
+      out.push_back('?');
+    } else if (code < 0x100) {
+      out.push_back(static_cast<char>(code));
+    } else {
+      out.push_back(static_cast<char>(code >> 8));
+      out.push_back(static_cast<char>(code & 0xFF));
+    }
+    i += c.bytes;
+  }
+  return out;
+}
+
+// An undefined pair (a lead byte and a byte in the trail range) is one "?"; otherwise a bad byte goes
+// alone and what follows it is read afresh.
+std::string DecodeGbk(std::string_view bytes) {
+  const GbkTables& t = Gbk();
+  std::string out;
+  out.reserve(bytes.size() + bytes.size() / 2);
+  size_t i = 0;
+  while (i < bytes.size()) {
+    const size_t run = utf8::AsciiRun(bytes, i);
+    out.append(bytes.substr(i, run));
+    i += run;
+    if (i >= bytes.size()) break;
+    const auto b = static_cast<unsigned char>(bytes[i]);
+    char32_t c = t.fromGbk[b - 0x80];
+    size_t used = 1;
+    if (c == 0 && IsGbkLead(b) && i + 1 < bytes.size() &&
+        IsGbkTrail(static_cast<unsigned char>(bytes[i + 1]))) {
+      c = t.fromGbk[b << 8 | static_cast<unsigned char>(bytes[i + 1])];
+      used = 2;
+    }
+    if (c == 0)
+      out.push_back('?');
+    else
+      utf8::Append(out, c);
+    i += used;
+  }
   return out;
 }
 
@@ -120,25 +183,13 @@ std::string CharsetName(int codePage) {
 std::string EncodeCodePage(std::string_view text, int codePage) {
   CheckCodePage(codePage);
   if (utf8::IsAscii(text)) return std::string(text);
-  if (codePage == kCodePageUtf8) return SanitizeUtf8(text);
-  // GBK never takes more bytes than UTF-8 for the same text ("?" replaces at least one byte).
-  return Convert(ThreadConverter(true), text, text.size(),
-                 [&](size_t at) -> size_t { return utf8::DecodeAt(text, at).bytes; });
+  return codePage == kCodePageUtf8 ? SanitizeUtf8(text) : EncodeGbk(text);
 }
 
 std::string DecodeCodePage(std::string_view bytes, int codePage) {
   CheckCodePage(codePage);
   if (utf8::IsAscii(bytes)) return std::string(bytes);
-  if (codePage == kCodePageUtf8) return SanitizeUtf8(bytes);
-  // A double-byte character grows from 2 to 3 bytes; a lone 0x80 (euro) from 1 to 3 is rare.
-  return Convert(ThreadConverter(false), bytes, bytes.size() + bytes.size() / 2, [&](size_t at) -> size_t {
-    // An undefined pair (a lead byte and a byte in the trail range) is one character; otherwise the
-    // bad byte goes alone and what follows it is read afresh.
-    const auto lead = static_cast<unsigned char>(bytes[at]);
-    const bool pair =
-        at + 1 < bytes.size() && IsGbkLead(lead) && IsGbkTrail(static_cast<unsigned char>(bytes[at + 1]));
-    return pair ? 2 : 1;
-  });
+  return codePage == kCodePageUtf8 ? SanitizeUtf8(bytes) : DecodeGbk(bytes);
 }
 
 uint32_t AnsiCode(std::string_view ch, int codePage) {

@@ -64,7 +64,9 @@ class SlotStack {
   }
 
  private:
-  static constexpr size_t kBlock = 4096;
+  // Most pages need a few dozen slots: the first block is small (it is built and torn down with every
+  // run) and each further one twice the one before.
+  static constexpr size_t kFirstBlock = 256;
   struct Chunk {
     std::unique_ptr<T[]> data;
     size_t size;
@@ -76,7 +78,7 @@ class SlotStack {
       if (blocks_[b].data.get() + blocks_[b].size == end_) next = b + 1;
     while (next < blocks_.size() && blocks_[next].size < n) ++next;
     if (next >= blocks_.size()) {
-      size_t size = std::max(kBlock, n);
+      size_t size = std::max(blocks_.empty() ? kFirstBlock : 2 * blocks_.back().size, n);
       blocks_.push_back({std::make_unique<T[]>(size), size});
       next = blocks_.size() - 1;
     }

@@ -15,9 +15,9 @@ TEST(SlotStack, FramesKeepTheirSlotsAndStartEmpty) {
   // clang-format off
   const std::vector<size_t> cases[] = {
       {3, 5, 2},          // one block
-      {4000, 200, 10},    // the second frame opens the next block
+      {250, 200, 10},     // the second frame opens the next block
       {5000, 3},          // a frame larger than a block
-      {4096, 4096, 1, 0},
+      {256, 512, 1024, 1, 0},
   };
   // clang-format on
   for (const std::vector<size_t>& sizes : cases) {
