@@ -15,6 +15,7 @@
 #include "http_listener.h"
 #include "http_workers.h"
 #include "page_runner.h"
+#include "redis_sessions.h"
 #include "script_host.h"
 #include "session_store.h"
 #include "static_files.h"
@@ -84,6 +85,28 @@ bool IsUsed(host::SessionObject& s) {
   return s.Values().Count() > 0 || s.StaticObjects().Count() > 0 || s.NewIDRequested();
 }
 
+// The page that answers when the sessions' store cannot be reached: nothing runs, and it says why.
+HttpReply SessionsUnavailable(const HttpRequest& req, const std::string& cause) {
+  LogError(EscapeForLog("corvane-server: 503 " + req.method + " " + req.path + ": " + cause));
+  HttpReply reply = StatusPage(503, "会话暂时不可用 (the sessions cannot be reached)", cause);
+  reply.Set("Cache-Control", "private, no-cache");
+  reply.Set("Retry-After", "2");
+  return reply;
+}
+
+// With --sessions, the sessions and the Application live in Redis.
+std::shared_ptr<RedisSessions> SharedSessionsFor(const ServerOptions& o,
+                                                 const std::shared_ptr<host::Application>& application) {
+  if (o.sessions.empty()) return nullptr;
+  auto shared = std::make_shared<RedisSessions>(
+      ParseRedisUrl(o.sessions),
+      RedisSessionsOptions{.lifetime = std::chrono::minutes(o.sessionLifetimeMinutes),
+                           .maxSessions = o.maxSessions},
+      LogError);
+  shared->ShareApplication(application);
+  return shared;
+}
+
 }  // namespace
 
 struct HttpServer::Impl {
@@ -98,6 +121,7 @@ struct HttpServer::Impl {
   // the workers first (the pages they run use the sessions and answer through the listener's
   // connections), then the sessions (whose waiting jobs hold connections), then the listener.
   HttpListener listener;
+  std::shared_ptr<RedisSessions> shared;  // with --sessions
   SessionStore sessions;
   std::unique_ptr<WorkerPool> workers;
   std::atomic<bool> stopRequested{false};
@@ -115,12 +139,13 @@ struct HttpServer::Impl {
                  [this](std::shared_ptr<HttpRequest> req, Responder respond) {
                    Handle(std::move(req), std::move(respond));
                  }),
+        shared(SharedSessionsFor(options, pageHost.application)),
         sessions(
             SessionLimits{.idleTimeout = std::chrono::minutes(options.sessionTimeoutMinutes),
                           .lifetime = std::chrono::minutes(options.sessionLifetimeMinutes),
                           .maxSessions = options.maxSessions},
             nullptr, [this](const std::shared_ptr<host::SessionObject>& ended) { scripts.EndSession(ended); },
-            [this](std::function<void()> job) { workers->Post(std::move(job)); }),
+            [this](std::function<void()> job) { workers->Post(std::move(job)); }, shared),
         workers(std::make_unique<WorkerPool>(options.threads)) {
     pageHost.siteFolder = files.Root().string();
     pageHost.runPage = scripts.Runner();
@@ -136,6 +161,7 @@ struct HttpServer::Impl {
 
   ~Impl() {
     sweeper = {};
+    sessions.StopRetries();
     workers.reset();
   }
 
@@ -187,7 +213,11 @@ struct HttpServer::Impl {
                       [this, req, respond](SessionStore::Lease& lease) {
                         HttpReply reply;
                         try {
-                          reply = ServeWithSession(*req, lease);
+                          reply = lease.Unavailable().empty()
+                                      ? ServeWithSession(*req, lease)
+                                      : SessionsUnavailable(*req, lease.Unavailable());
+                        } catch (const SessionStoreError& e) {
+                          reply = SessionsUnavailable(*req, e.what());
                         } catch (const std::exception& e) {
                           LogError(std::string("corvane-server: internal error: ") + e.what());
                           reply = StatusPage(500, "服务器内部错误 (internal server error)");
@@ -342,6 +372,7 @@ struct HttpServer::Impl {
         sessions.Renew(lease);
       else if (lease.IsProvisional() && IsUsed(*session))
         sessions.Keep(lease);
+      sessions.Commit(lease);
       if (lease.IsNew())
         out.headers.emplace_back("Set-Cookie", std::string(kSessionCookie) + "=" + lease.Id() +
                                                    "; Path=/; HttpOnly; SameSite=Strict" +

@@ -7,6 +7,7 @@
 
 #include "corvane/codepage.h"
 #include "corvane/text.h"
+#include "redis_client.h"
 
 namespace corvane::server {
 
@@ -86,6 +87,13 @@ ServerOptions ParseOptions(int argc, const char* const* argv, bool* help) {
       o.keepAliveTimeoutMs = static_cast<int>(ToNumber(name, value, 1, 3600)) * 1000;
     } else if (name == "max-connections-per-client") {
       o.maxConnectionsPerClient = static_cast<int>(ToNumber(name, value, 1, 1000000));
+    } else if (name == "sessions") {
+      try {
+        ParseRedisUrl(value);
+      } catch (const std::invalid_argument& e) {
+        throw OptionsError("--sessions: " + std::string(e.what()));
+      }
+      o.sessions = value;
     } else if (name == "tls-cert" || name == "tls-key") {
       if (value.empty()) throw OptionsError("--" + std::string(name) + " must not be empty");
       (name == "tls-cert" ? o.tlsCert : o.tlsKey) = value;
@@ -144,6 +152,8 @@ std::string OptionsUsage() {
          "  --max-connections-per-client N  connections of one address at once (default " +
          std::to_string(d.maxConnectionsPerClient) +
          ")\n"
+         "  --sessions redis://HOST:PORT[/DB]  keep the sessions and Application values in Redis,\n"
+         "                       shared by every server given the same address (default: in this process)\n"
          "  --tls-cert FILE, --tls-key FILE  serve HTTPS with this certificate chain and key (PEM)\n"
          "  --no-access-log      no access log lines on stdout\n"
          "  --log-json           access log lines as JSON objects\n";

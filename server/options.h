@@ -61,6 +61,10 @@ struct ServerOptions {
   // HTTPS: the certificate chain and private key (PEM files). Both or neither; with them the
   // session cookie is Secure.
   std::string tlsCert, tlsKey;
+  // Where the sessions and the Application's values live: "" in this process; "redis://HOST:PORT[/DB]"
+  // in Redis, shared by every corvane-server given the same address (several processes behind a
+  // load balancer serve one site; redis_sessions.h).
+  std::string sessions;
 
   static int DefaultWorkerThreads();
   static int DefaultIoThreads();

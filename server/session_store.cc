@@ -7,6 +7,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "delayed_jobs.h"
+
 namespace corvane::server {
 
 std::string NewSessionId() {
@@ -44,22 +46,31 @@ struct SessionStore::Entry {
   bool running = false;     // a job holds it
   std::deque<Job> waiting;  // the session's next jobs, in arrival order
   std::chrono::steady_clock::time_point started, lastUsed;
-  std::list<Entry*>::iterator use;  // its place in byUse_ while stored
+  std::list<Entry*>::iterator use;       // its place in byUse_ while stored
+  SharedSessions::Claim claim;           // with a shared store: what the running job holds of it
+  std::chrono::milliseconds backoff{0};  // with a shared store: the last wait for a busy session
 };
 
 host::Session SessionStore::Lease::Session() const { return host::Session(entry_->session); }
 bool SessionStore::Lease::IsProvisional() const { return !entry_->stored; }
 
-SessionStore::SessionStore(SessionLimits limits, Clock clock, EndHandler onEnd, Starter start)
+SessionStore::SessionStore(SessionLimits limits, Clock clock, EndHandler onEnd, Starter start,
+                           std::shared_ptr<SharedSessions> shared)
     : limits_(limits),
       timeoutMinutes_(std::max<int>(1, static_cast<int>((limits.idleTimeout.count() + 59) / 60))),
       clock_(clock ? std::move(clock) : [] { return std::chrono::steady_clock::now(); }),
       onEnd_(std::move(onEnd)),
-      start_(std::move(start)) {
+      start_(std::move(start)),
+      shared_(std::move(shared)) {
   lastSweep_ = clock_();
+  if (shared_) retries_ = std::make_unique<DelayedJobs>();
 }
 
-SessionStore::~SessionStore() = default;
+SessionStore::~SessionStore() { StopRetries(); }
+
+void SessionStore::StopRetries() {
+  if (retries_) retries_->Stop();
+}
 
 bool SessionStore::Expired(const Entry& e, std::chrono::steady_clock::time_point now) const {
   return !e.running && e.waiting.empty() &&
@@ -94,6 +105,7 @@ void SessionStore::Ended(const std::vector<std::shared_ptr<host::SessionObject>>
 }
 
 void SessionStore::Submit(std::string_view id, Job job) {
+  if (shared_) return SubmitShared(id, std::move(job));
   std::shared_ptr<Entry> entry;
   std::vector<std::shared_ptr<host::SessionObject>> ended;
   {
@@ -127,6 +139,13 @@ void SessionStore::Submit(std::string_view id, Job job) {
 }
 
 void SessionStore::Start(std::shared_ptr<Entry> entry, Job job) {
+  if (shared_) {
+    const auto deadline = std::chrono::steady_clock::now() + shared_->LockExpiry();
+    auto run = [this, entry = std::move(entry), job = std::move(job), deadline]() mutable {
+      RunShared(std::move(entry), std::move(job), deadline);
+    };
+    return start_ ? start_(std::move(run)) : run();
+  }
   auto run = [this, entry = std::move(entry), job = std::move(job)] {
     Lease lease(entry, entry->stored ? entry->key : entry->session->SessionID());
     struct Releaser {
@@ -143,6 +162,7 @@ void SessionStore::Start(std::shared_ptr<Entry> entry, Job job) {
 }
 
 void SessionStore::Release(const std::shared_ptr<Entry>& entry) {
+  if (shared_) return ReleaseShared(entry);
   std::deque<Job> next;
   bool ended = false;
   {
@@ -198,6 +218,10 @@ void SessionStore::Store(Lease& lease, std::vector<std::shared_ptr<host::Session
 
 void SessionStore::Keep(Lease& lease) {
   std::vector<std::shared_ptr<host::SessionObject>> ended;
+  if (shared_) {
+    if (!lease.entry_->stored) CreateShared(lease, ended);
+    return Ended(ended);
+  }
   {
     std::lock_guard lock(mu_);
     if (lease.entry_->stored) return;
@@ -208,6 +232,21 @@ void SessionStore::Keep(Lease& lease) {
 
 void SessionStore::Renew(Lease& lease) {
   std::vector<std::shared_ptr<host::SessionObject>> ended;
+  if (shared_) {
+    Entry& e = *lease.entry_;
+    if (!e.stored) {
+      lease.id_ = NewSessionId();
+      CreateShared(lease, ended);
+      return Ended(ended);
+    }
+    std::string id;
+    do id = NewSessionId();
+    while (!shared_->Move(lease.id_, e.claim, id, *e.session));
+    lease.id_ = id;
+    e.session->AssignID(id);
+    lease.isNew_ = true;
+    return;
+  }
   {
     std::lock_guard lock(mu_);
     Entry& e = *lease.entry_;
@@ -220,6 +259,14 @@ void SessionStore::Renew(Lease& lease) {
 }
 
 void SessionStore::End(Lease& lease) {
+  if (shared_) {
+    Entry& e = *lease.entry_;
+    e.ended = true;
+    if (!e.stored) return;
+    shared_->Drop(lease.id_, e.claim);
+    e.stored = false;
+    return Ended({e.session});
+  }
   {
     std::lock_guard lock(mu_);
     Entry& e = *lease.entry_;
@@ -230,7 +277,13 @@ void SessionStore::End(Lease& lease) {
   Ended({lease.entry_->session});
 }
 
+void SessionStore::Commit(Lease& lease) {
+  Entry& e = *lease.entry_;
+  if (shared_ && e.stored && !e.claim.token.empty()) shared_->Save(lease.id_, e.claim, *e.session);
+}
+
 void SessionStore::Sweep() {
+  if (shared_) return;  // the shared store ends idle sessions itself
   std::vector<std::shared_ptr<host::SessionObject>> ended;
   {
     std::lock_guard lock(mu_);
@@ -240,8 +293,108 @@ void SessionStore::Sweep() {
 }
 
 size_t SessionStore::Size() const {
+  if (shared_) return shared_->Count();
   std::lock_guard lock(mu_);
   return sessions_.size();
+}
+
+// With a shared store: the queue per session stays here, the sessions live in the shared store.
+// Only the sessions that a request holds or waits for have an entry, under the id their cookie
+// named; each job claims its session anew, as another process may have had it in between.
+void SessionStore::SubmitShared(std::string_view id, Job job) {
+  std::shared_ptr<Entry> entry;
+  {
+    std::lock_guard lock(mu_);
+    if (IsWellFormedSessionId(id)) {
+      auto [it, added] = sessions_.try_emplace(std::string(id));
+      if (!added) {
+        it->second->waiting.push_back(std::move(job));
+        return;
+      }
+      it->second = std::make_shared<Entry>();
+      it->second->key = std::string(id);
+      entry = it->second;
+    } else {
+      entry = std::make_shared<Entry>();
+    }
+    entry->running = true;
+  }
+  Start(std::move(entry), std::move(job));
+}
+
+void SessionStore::RunShared(std::shared_ptr<Entry> entry, Job job,
+                             std::chrono::steady_clock::time_point deadline) {
+  auto session = std::make_shared<host::SessionObject>();
+  session->SetTimeoutMinutes(timeoutMinutes_);
+  SharedSessions::Claim claim;
+  std::chrono::milliseconds retryIn{0};
+  EndedSessions ended;
+  SharedSessions::Outcome outcome = SharedSessions::Outcome::kMissing;
+  std::string unavailable;
+  try {
+    outcome = shared_->TryClaim(entry->key, *session, claim, retryIn, ended);
+  } catch (const SessionStoreError& e) {
+    unavailable = e.what();
+  }
+  Ended(ended);
+  if (outcome == SharedSessions::Outcome::kBusy) {
+    // Waits double from 2 ms to 64 ms (pages take milliseconds; a long one is not polled hard),
+    // and no wait outlasts the holder's lock.
+    entry->backoff =
+        std::clamp(entry->backoff * 2, std::chrono::milliseconds(2), std::chrono::milliseconds(64));
+    retryIn = std::min(entry->backoff, retryIn + std::chrono::milliseconds(1));
+    if (std::chrono::steady_clock::now() + retryIn < deadline) {
+      retries_->After(retryIn, [this, entry, job, deadline] {
+        auto run = [this, entry, job, deadline] { RunShared(entry, job, deadline); };
+        if (start_)
+          start_(std::move(run));
+        else
+          run();
+      });
+      return;
+    }
+    unavailable = "the session is busy: another page of it has run too long";
+  }
+  entry->backoff = std::chrono::milliseconds(0);
+  entry->session = std::move(session);
+  entry->claim = std::move(claim);
+  entry->stored = outcome == SharedSessions::Outcome::kHeld;
+  entry->ended = false;
+  entry->session->AssignID(entry->stored ? entry->key : NewSessionId());
+  Lease lease(entry, entry->session->SessionID());
+  lease.unavailable_ = std::move(unavailable);
+  struct Releaser {
+    SessionStore* store;
+    const std::shared_ptr<Entry>& entry;
+    ~Releaser() { store->Release(entry); }
+  } releaser{this, entry};
+  job(lease);
+}
+
+void SessionStore::ReleaseShared(const std::shared_ptr<Entry>& entry) {
+  // A job that ended without Commit (it failed, or the store could not be written) lets go.
+  if (!entry->claim.token.empty()) shared_->Unlock(entry->key, entry->claim);
+  Job next;
+  {
+    std::lock_guard lock(mu_);
+    if (!entry->waiting.empty()) {
+      next = std::move(entry->waiting.front());
+      entry->waiting.pop_front();
+    } else {
+      entry->running = false;
+      if (auto it = sessions_.find(entry->key); it != sessions_.end() && it->second == entry)
+        sessions_.erase(it);
+    }
+  }
+  if (next) Start(entry, std::move(next));
+}
+
+void SessionStore::CreateShared(Lease& lease, EndedSessions& ended) {
+  Entry& e = *lease.entry_;
+  while (!shared_->Create(lease.id_, *e.session, e.claim, ended)) lease.id_ = NewSessionId();
+  e.session->AssignID(lease.id_);
+  e.stored = true;
+  lease.isNew_ = true;
 }
 
 }  // namespace corvane::server

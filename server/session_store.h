@@ -15,6 +15,17 @@
 // thread. A job holds the session's Lease while it runs; when it returns, the next job of the
 // session is started. Jobs are started through the store's `start` (the worker pool; by default they
 // run at once on the calling thread).
+//
+// With SharedSessions (several processes serving one site: redis_sessions.h) the sessions live in
+// the shared store and this store keeps only the queues of the sessions its requests hold or wait
+// for. When a job starts, its session is claimed from the shared store: its lock (so that the pages
+// of a session run one at a time across the processes as well) and its values, into a new
+// SessionObject. A session another process holds is tried again after a short delay, the job
+// holding no worker meanwhile, for as long as that lock may live; then the job runs with the
+// failure in Lease::Unavailable(). Keep, Renew and End write to the shared store at once, and
+// Commit writes a held session back and lets go of its lock; a job that ends without Commit lets go
+// without writing. When the shared store cannot be reached, the job runs with its cause in
+// Unavailable() (the page is not run: the host answers 503).
 #pragma once
 
 #include <chrono>
@@ -23,6 +34,7 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -43,14 +55,63 @@ struct SessionLimits {
   size_t maxSessions = 100000;
 };
 
+// The shared store cannot be reached or refused; the message names it and the cause.
+class SessionStoreError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+using EndedSessions = std::vector<std::shared_ptr<host::SessionObject>>;
+
+// Sessions kept outside the process, where every process serving the site finds them. Every call
+// may raise SessionStoreError but Unlock.
+class SharedSessions {
+ public:
+  virtual ~SharedSessions() = default;
+  // What a request holds of its session in the shared store.
+  struct Claim {
+    std::string token;    // of the session's lock; "" when none is held
+    int64_t started = 0;  // the session's start, Unix seconds
+  };
+  enum class Outcome { kMissing, kBusy, kHeld };
+  // One try for the session of `id` ("" for a request without one, which only loads what every
+  // page shares). kHeld: the lock is held (`claim`) and `session` has the values and settings.
+  // kBusy: another request holds it; try again in `retryIn`. kMissing: there is no such session;
+  // one found past its lifetime is removed and added to `ended`.
+  virtual Outcome TryClaim(const std::string& id, host::SessionObject& session, Claim& claim,
+                           std::chrono::milliseconds& retryIn, EndedSessions& ended) = 0;
+  // Stores a new session under `id` (holding no lock for it); false when the id is taken. Sessions
+  // that had to make room are added to `ended`.
+  virtual bool Create(const std::string& id, host::SessionObject& session, Claim& claim,
+                      EndedSessions& ended) = 0;
+  // Moves a held session to `newId`, writing its values, and lets go of the lock; the old id finds
+  // nothing any more. False when `newId` is taken (nothing changed).
+  virtual bool Move(const std::string& id, Claim& claim, const std::string& newId,
+                    host::SessionObject& session) = 0;
+  // Writes a held session's values (its idle time starts again) and lets go of the lock.
+  virtual void Save(const std::string& id, Claim& claim, host::SessionObject& session) = 0;
+  // Removes a held session and lets go of the lock.
+  virtual void Drop(const std::string& id, Claim& claim) = 0;
+  // Lets go of a held session's lock without writing.
+  virtual void Unlock(const std::string& id, Claim& claim) noexcept = 0;
+  // Sessions stored.
+  virtual size_t Count() = 0;
+  // How long a lock lives at most: a request waits no longer than this for a busy session.
+  virtual std::chrono::milliseconds LockExpiry() const = 0;
+};
+
+class DelayedJobs;
+
 class SessionStore {
  public:
   using Clock = std::function<std::chrono::steady_clock::time_point()>;
   using EndHandler = std::function<void(const std::shared_ptr<host::SessionObject>&)>;
   using Starter = std::function<void(std::function<void()>)>;
   SessionStore(SessionLimits limits, Clock clock = nullptr, EndHandler onEnd = nullptr,
-               Starter start = nullptr);
+               Starter start = nullptr, std::shared_ptr<SharedSessions> shared = nullptr);
   ~SessionStore();
+  // Drops the jobs waiting to try a busy shared session again; call before the starter goes.
+  void StopRetries();
 
  private:
   struct Entry;
@@ -67,6 +128,9 @@ class SessionStore {
     bool IsNew() const { return isNew_; }
     // Not stored (yet): the session ends with the request unless Keep or Renew store it.
     bool IsProvisional() const;
+    // Why the session could not be had from the shared store ("" when it could): the page must
+    // not run.
+    const std::string& Unavailable() const { return unavailable_; }
 
    private:
     friend class SessionStore;
@@ -74,6 +138,7 @@ class SessionStore {
     std::shared_ptr<Entry> entry_;
     std::string id_;
     bool isNew_ = false;
+    std::string unavailable_;
   };
   using Job = std::function<void(Lease&)>;
 
@@ -89,6 +154,9 @@ class SessionStore {
   // Ends the lease's session now (Session.Abandon): its id finds nothing any more, and a stored one
   // is handed to onEnd.
   void End(Lease& lease);
+  // The page is done with its session: a shared one is written back and its lock let go (nothing
+  // for a session kept in the process). Raises SessionStoreError.
+  void Commit(Lease& lease);
   // Drops the sessions past their idle time or lifetime that no request holds or waits for, handing
   // each to onEnd. Submit calls it now and then by itself.
   void Sweep();
@@ -98,6 +166,11 @@ class SessionStore {
  private:
   void Start(std::shared_ptr<Entry> entry, Job job);
   void Release(const std::shared_ptr<Entry>& entry);
+  // The shared store's side.
+  void SubmitShared(std::string_view id, Job job);
+  void RunShared(std::shared_ptr<Entry> entry, Job job, std::chrono::steady_clock::time_point deadline);
+  void ReleaseShared(const std::shared_ptr<Entry>& entry);
+  void CreateShared(Lease& lease, EndedSessions& ended);
   void Store(Lease& lease, std::vector<std::shared_ptr<host::SessionObject>>& ended);  // the caller holds mu_
   void Forget(Entry& e);         // removes a stored entry; the caller holds mu_
   std::string UnusedId() const;  // a new id no session has; the caller holds mu_
@@ -115,6 +188,8 @@ class SessionStore {
   // Stored sessions by when they were last used, the oldest first (for the cap).
   std::list<Entry*> byUse_;
   std::chrono::steady_clock::time_point lastSweep_;
+  std::shared_ptr<SharedSessions> shared_;
+  std::unique_ptr<DelayedJobs> retries_;  // with shared_ only
 };
 
 }  // namespace corvane::server

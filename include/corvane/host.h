@@ -57,6 +57,17 @@ class ValueCollection {
   std::vector<std::pair<std::string, std::string>> items_;
 };
 
+// Where the changes of a Contents go besides the Contents itself: a store other processes read
+// (corvane-server's Redis, when several servers share a site's sessions and Application). Each call
+// comes before the change; an Error it raises refuses the change, and the page gets that error.
+class ContentsStore {
+ public:
+  virtual ~ContentsStore() = default;
+  virtual void Set(std::string_view key, const Variant& value) = 0;
+  virtual void Remove(std::string_view key) = 0;
+  virtual void Clear() = 0;
+};
+
 // Names with values, kept in the order they were first set; names match case-insensitively and keep
 // the case they were first set with. Safe to share between threads. Session and Application hold
 // their values in one.
@@ -70,11 +81,20 @@ class Contents {
   std::vector<std::string> Keys() const;
   // The key and value at a 0-based position, or nullopt past the end.
   std::optional<std::pair<std::string, Variant>> At(size_t index) const;
+  // Every key with its value, in order.
+  std::vector<std::pair<std::string, Variant>> Items() const;
+  // Replaces every value at once, telling the store nothing (the values came from it); a key given
+  // twice keeps its last value.
+  void Assign(const std::vector<std::pair<std::string, Variant>>& items);
+  // Sends every later Set, Remove and Clear to `store` first (nullptr: none). Set it before the
+  // Contents is shared between threads.
+  void SetStore(std::shared_ptr<ContentsStore> store) { store_ = std::move(store); }
 
  private:
   mutable std::mutex mu_;
   std::vector<std::pair<std::string, Variant>> items_;
   std::unordered_map<std::string, size_t> index_;  // lower-case key -> position in items_
+  std::shared_ptr<ContentsStore> store_;
 };
 
 // Text made safe inside HTML elements and quoted attributes: < > & " ' become entities.
@@ -330,13 +350,20 @@ class Application : public Dispatch {
   void Unlock();
   // Releases every Lock the calling thread holds (the end of a page that forgot its Unlock).
   void UnlockAll();
+  // Extends the lock across processes (corvane-server's Redis): `acquire` runs once a page's first
+  // Lock holds the process's lock, `release` before its last Unlock (or UnlockAll) lets go of it.
+  // `acquire` may raise: the Lock then raises and holds nothing. `release` must not raise. Set before
+  // pages run.
+  void ShareLock(std::function<void()> acquire, std::function<void()> release);
 
  private:
+  void Free(std::unique_lock<std::mutex>& lock);  // the last level of the lock goes
   Contents values_, staticObjects_;
   std::mutex lockMu_;
   std::condition_variable lockFree_;
   std::thread::id owner_;
   int depth_ = 0;
+  std::function<void()> acquireShared_, releaseShared_;
 };
 
 // An error that an attached object's OnEndPage raised. The page has been written by then, so the

@@ -11,6 +11,7 @@ Variant Contents::Get(std::string_view key) const {
 }
 
 void Contents::Set(std::string_view key, Variant value) {
+  if (store_) store_->Set(key, value);
   std::lock_guard lock(mu_);
   auto [it, added] = index_.try_emplace(LCase(key), items_.size());
   if (added)
@@ -20,6 +21,7 @@ void Contents::Set(std::string_view key, Variant value) {
 }
 
 void Contents::Remove(std::string_view key) {
+  if (store_) store_->Remove(key);
   std::lock_guard lock(mu_);
   auto it = index_.find(LCase(key));
   if (it == index_.end()) return;
@@ -31,6 +33,7 @@ void Contents::Remove(std::string_view key) {
 }
 
 void Contents::Clear() {
+  if (store_) store_->Clear();
   std::lock_guard lock(mu_);
   items_.clear();
   index_.clear();
@@ -53,6 +56,27 @@ std::optional<std::pair<std::string, Variant>> Contents::At(size_t index) const 
   std::lock_guard lock(mu_);
   if (index >= items_.size()) return std::nullopt;
   return items_[index];
+}
+
+std::vector<std::pair<std::string, Variant>> Contents::Items() const {
+  std::lock_guard lock(mu_);
+  return items_;
+}
+
+void Contents::Assign(const std::vector<std::pair<std::string, Variant>>& items) {
+  std::vector<std::pair<std::string, Variant>> kept;
+  std::unordered_map<std::string, size_t> index;
+  kept.reserve(items.size());
+  for (const auto& [key, value] : items) {
+    auto [it, added] = index.try_emplace(LCase(key), kept.size());
+    if (added)
+      kept.emplace_back(key, value);
+    else
+      kept[it->second].second = value;
+  }
+  std::lock_guard lock(mu_);
+  items_ = std::move(kept);
+  index_ = std::move(index);
 }
 
 }  // namespace corvane::host

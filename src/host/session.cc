@@ -92,6 +92,12 @@ void SessionObject::AttachResponse(std::weak_ptr<host::Response> response) {
 
 std::vector<Variant> Application::Elements() { return KeysOf(values_); }
 
+void Application::ShareLock(std::function<void()> acquire, std::function<void()> release) {
+  std::lock_guard lock(lockMu_);
+  acquireShared_ = std::move(acquire);
+  releaseShared_ = std::move(release);
+}
+
 void Application::Lock() {
   std::unique_lock lock(lockMu_);
   const auto me = std::this_thread::get_id();
@@ -102,23 +108,46 @@ void Application::Lock() {
   lockFree_.wait(lock, [this] { return depth_ == 0; });
   owner_ = me;
   depth_ = 1;
-}
-
-void Application::Unlock() {
-  std::lock_guard lock(lockMu_);
-  if (depth_ == 0 || owner_ != std::this_thread::get_id()) return;
-  if (--depth_ == 0) {
+  if (!acquireShared_) return;
+  // The other processes' lock is waited for holding this process's: its other pages wait here, not
+  // on the shared store.
+  lock.unlock();
+  try {
+    acquireShared_();
+  } catch (...) {
+    lock.lock();
+    depth_ = 0;
     owner_ = {};
     lockFree_.notify_all();
+    throw;
   }
 }
 
-void Application::UnlockAll() {
-  std::lock_guard lock(lockMu_);
-  if (depth_ == 0 || owner_ != std::this_thread::get_id()) return;
+void Application::Free(std::unique_lock<std::mutex>& lock) {
+  if (releaseShared_) {
+    // The shared lock goes first, while this thread still owns the process's lock.
+    lock.unlock();
+    releaseShared_();
+    lock.lock();
+  }
   depth_ = 0;
   owner_ = {};
   lockFree_.notify_all();
+}
+
+void Application::Unlock() {
+  std::unique_lock lock(lockMu_);
+  if (depth_ == 0 || owner_ != std::this_thread::get_id()) return;
+  if (depth_ == 1)
+    Free(lock);
+  else
+    --depth_;
+}
+
+void Application::UnlockAll() {
+  std::unique_lock lock(lockMu_);
+  if (depth_ == 0 || owner_ != std::this_thread::get_id()) return;
+  Free(lock);
 }
 
 }  // namespace corvane::host

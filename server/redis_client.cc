@@ -1,0 +1,238 @@
+#include "redis_client.h"
+
+#include <hiredis/hiredis.h>
+#include <openssl/evp.h>
+
+#include <cerrno>
+#include <charconv>
+#include <deque>
+#include <functional>
+#include <utility>
+
+namespace corvane::server {
+
+namespace {
+
+timeval TimevalOf(std::chrono::milliseconds ms) {
+  return timeval{.tv_sec = static_cast<time_t>(ms.count() / 1000),
+                 .tv_usec = static_cast<suseconds_t>(ms.count() % 1000 * 1000)};
+}
+
+int PortOf(std::string_view text, int max, std::string_view what) {
+  int n = 0;
+  auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), n);
+  if (text.empty() || ec != std::errc() || end != text.data() + text.size() || n < 0 || n > max)
+    throw std::invalid_argument(std::string(what) + " '" + std::string(text) +
+                                "' is not a number from 0 to " + std::to_string(max));
+  return n;
+}
+
+RedisReply ReplyOf(const redisReply& r) {
+  RedisReply out;
+  switch (r.type) {
+    case REDIS_REPLY_STRING:
+    case REDIS_REPLY_STATUS:
+    case REDIS_REPLY_ERROR:
+      out.kind = r.type == REDIS_REPLY_STRING   ? RedisReply::Kind::kText
+                 : r.type == REDIS_REPLY_STATUS ? RedisReply::Kind::kStatus
+                                                : RedisReply::Kind::kError;
+      out.text.assign(r.str, r.len);
+      break;
+    case REDIS_REPLY_INTEGER:
+      out.kind = RedisReply::Kind::kInteger;
+      out.integer = r.integer;
+      break;
+    case REDIS_REPLY_ARRAY:
+      out.kind = RedisReply::Kind::kArray;
+      out.elements.reserve(r.elements);
+      for (size_t i = 0; i < r.elements; ++i) out.elements.push_back(ReplyOf(*r.element[i]));
+      break;
+    default: break;  // nil
+  }
+  return out;
+}
+
+}  // namespace
+
+RedisAddress ParseRedisUrl(std::string_view url) {
+  constexpr std::string_view scheme = "redis://";
+  if (url.substr(0, scheme.size()) != scheme)
+    throw std::invalid_argument("expected redis://HOST:PORT[/DB], got '" + std::string(url) + "'");
+  std::string_view rest = url.substr(scheme.size());
+  RedisAddress a;
+  if (size_t slash = rest.find('/'); slash != std::string_view::npos) {
+    a.db = PortOf(rest.substr(slash + 1), 1 << 20, "the database number");
+    rest = rest.substr(0, slash);
+  }
+  if (size_t colon = rest.rfind(':'); colon != std::string_view::npos) {
+    a.port = PortOf(rest.substr(colon + 1), 65535, "the port");
+    rest = rest.substr(0, colon);
+  }
+  if (rest.empty()) throw std::invalid_argument("no host in '" + std::string(url) + "'");
+  a.host = rest;
+  return a;
+}
+
+RedisScript::RedisScript(std::string text) : source(std::move(text)) {
+  unsigned char digest[EVP_MAX_MD_SIZE];
+  unsigned int size = 0;
+  EVP_Digest(source.data(), source.size(), digest, &size, EVP_sha1(), nullptr);
+  static const char* hex = "0123456789abcdef";
+  for (unsigned int i = 0; i < size; ++i) {
+    sha1 += hex[digest[i] >> 4];
+    sha1 += hex[digest[i] & 15];
+  }
+}
+
+struct RedisClient::Connection {
+  redisContext* context = nullptr;
+  // What to do with the replies of commands sent without waiting, in the order they were sent.
+  std::deque<std::function<void(const RedisReply&)>> pending;
+  ~Connection() {
+    if (context) redisFree(context);
+  }
+  // Reads the replies still owed; false when the connection broke.
+  bool Settle() {
+    while (!pending.empty()) {
+      void* r = nullptr;
+      if (redisGetReply(context, &r) != REDIS_OK || !r) return false;
+      RedisReply reply = ReplyOf(*static_cast<redisReply*>(r));
+      freeReplyObject(r);
+      auto onReply = std::move(pending.front());
+      pending.pop_front();
+      if (onReply) onReply(reply);
+    }
+    return true;
+  }
+};
+
+RedisClient::RedisClient(RedisAddress address, std::chrono::milliseconds connectTimeout,
+                         std::chrono::milliseconds replyTimeout)
+    : address_(std::move(address)), connectTimeout_(connectTimeout), replyTimeout_(replyTimeout) {}
+
+RedisClient::~RedisClient() = default;
+
+std::string RedisClient::Name() const {
+  return "redis " + address_.host + ":" + std::to_string(address_.port) + "/" + std::to_string(address_.db);
+}
+
+std::pair<std::unique_ptr<RedisClient::Connection>, bool> RedisClient::Take() {
+  for (;;) {
+    std::unique_ptr<Connection> c;
+    {
+      std::lock_guard lock(mu_);
+      if (idle_.empty()) break;
+      c = std::move(idle_.back());
+      idle_.pop_back();
+    }
+    if (c->Settle()) return {std::move(c), true};
+    // Broken while it lay idle (the server went away): the others go with it.
+    std::lock_guard lock(mu_);
+    idle_.clear();
+  }
+  auto c = std::make_unique<Connection>();
+  c->context = redisConnectWithTimeout(address_.host.c_str(), address_.port, TimevalOf(connectTimeout_));
+  if (!c->context) throw RedisError(Name() + ": cannot make a connection");
+  if (c->context->err) throw RedisError(Name() + ": cannot connect: " + c->context->errstr);
+  redisSetTimeout(c->context, TimevalOf(replyTimeout_));
+  redisEnableKeepAlive(c->context);
+  if (address_.db != 0) {
+    auto* r = static_cast<redisReply*>(redisCommand(c->context, "SELECT %d", address_.db));
+    bool ok = r && r->type == REDIS_REPLY_STATUS;
+    if (r) freeReplyObject(r);
+    if (!ok) throw RedisError(Name() + ": the database cannot be selected");
+  }
+  return {std::move(c), false};
+}
+
+void RedisClient::Give(std::unique_ptr<Connection> c) {
+  std::lock_guard lock(mu_);
+  idle_.push_back(std::move(c));
+}
+
+RedisReply RedisClient::Command(const std::vector<std::string>& args) { return Send(args, true); }
+
+std::vector<RedisReply> RedisClient::Pipeline(const std::vector<std::vector<std::string>>& commands) {
+  for (int attempt = 0;; ++attempt) {
+    auto [c, reused] = Take();
+    for (const auto& args : commands) {
+      std::vector<const char*> argv;
+      std::vector<size_t> lengths;
+      for (const std::string& a : args) {
+        argv.push_back(a.data());
+        lengths.push_back(a.size());
+      }
+      redisAppendCommandArgv(c->context, static_cast<int>(args.size()), argv.data(), lengths.data());
+    }
+    std::vector<RedisReply> replies;
+    for (size_t i = 0; i < commands.size(); ++i) {
+      void* r = nullptr;
+      if (redisGetReply(c->context, &r) != REDIS_OK || !r) break;
+      replies.push_back(ReplyOf(*static_cast<redisReply*>(r)));
+      freeReplyObject(r);
+    }
+    if (replies.size() == commands.size()) {
+      Give(std::move(c));
+      return replies;
+    }
+    // The connection is broken or timed out: it is dropped with the idle ones (after a restart of
+    // the server they are all closed), and the next command opens another. A connection the server
+    // closed while it lay idle is tried once more on a new one: the commands never reached a
+    // server that could run them.
+    std::string cause = c->context->err ? c->context->errstr : "no reply";
+    const bool timedOut =
+        c->context->err == REDIS_ERR_IO && (errno == EAGAIN || errno == EWOULDBLOCK ||
+                                            cause.find("temporarily unavailable") != std::string::npos);
+    {
+      std::lock_guard lock(mu_);
+      idle_.clear();
+    }
+    if (reused && !timedOut && attempt == 0) continue;
+    throw RedisError(Name() + ": " + (timedOut ? std::string("no reply in time") : cause));
+  }
+}
+
+RedisReply RedisClient::Send(const std::vector<std::string>& args, bool errorRaises) {
+  RedisReply reply = std::move(Pipeline({args}).front());
+  if (errorRaises && reply.kind == RedisReply::Kind::kError) throw RedisError(Name() + ": " + reply.text);
+  return reply;
+}
+
+void RedisClient::Post(const std::vector<std::string>& args, std::function<void(const RedisReply&)> onReply) {
+  std::vector<const char*> argv;
+  std::vector<size_t> lengths;
+  for (const std::string& a : args) {
+    argv.push_back(a.data());
+    lengths.push_back(a.size());
+  }
+  auto [c, reused] = Take();
+  int done = 0;
+  if (redisAppendCommandArgv(c->context, static_cast<int>(args.size()), argv.data(), lengths.data()) !=
+      REDIS_OK)
+    throw RedisError(Name() + ": " + c->context->errstr);
+  while (!done)
+    if (redisBufferWrite(c->context, &done) != REDIS_OK) {
+      std::lock_guard lock(mu_);
+      idle_.clear();
+      throw RedisError(Name() + ": " + c->context->errstr);
+    }
+  c->pending.push_back(std::move(onReply));
+  Give(std::move(c));
+}
+
+RedisReply RedisClient::Script(const RedisScript& script, const std::vector<std::string>& keys,
+                               const std::vector<std::string>& args) {
+  std::vector<std::string> command{"EVALSHA", script.sha1, std::to_string(keys.size())};
+  command.insert(command.end(), keys.begin(), keys.end());
+  command.insert(command.end(), args.begin(), args.end());
+  RedisReply reply = Send(command, false);
+  if (reply.kind == RedisReply::Kind::kError && reply.text.rfind("NOSCRIPT", 0) == 0) {
+    command[0] = "EVAL";
+    command[1] = script.source;
+    reply = Send(command, false);
+  }
+  if (reply.kind == RedisReply::Kind::kError) throw RedisError(Name() + ": " + reply.text);
+  return reply;
+}
+
+}  // namespace corvane::server

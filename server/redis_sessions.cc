@@ -1,0 +1,401 @@
+#include "redis_sessions.h"
+
+#include <algorithm>
+#include <thread>
+
+#include "corvane/codepage.h"
+#include "corvane/text.h"
+#include "session_codec.h"
+
+namespace corvane::server {
+
+namespace {
+
+// KEYS: session, lock, sessions. ARGV: token, record, ttl ms, id, now ms. 0: the lock was lost.
+constexpr const char* kSave = R"(
+if redis.call('GET', KEYS[2]) ~= ARGV[1] then return 0 end
+redis.call('SET', KEYS[1], ARGV[2], 'PX', ARGV[3])
+redis.call('ZADD', KEYS[3], tonumber(ARGV[5]) + tonumber(ARGV[3]), ARGV[4])
+redis.call('DEL', KEYS[2])
+return 1)";
+
+// KEYS: session, sessions. ARGV: record, ttl ms, id, now ms, most sessions, prefix.
+// {0}: the id is taken; {1, {id, record, ...}}: stored, with the sessions that made room (the ones
+// that expire soonest and that no request holds).
+constexpr const char* kCreate = R"(
+local now, most = tonumber(ARGV[4]), tonumber(ARGV[5])
+redis.call('ZREMRANGEBYSCORE', KEYS[2], '-inf', now)
+local ended = {}
+local n = redis.call('ZCARD', KEYS[2])
+if n >= most then
+  for _, other in ipairs(redis.call('ZRANGE', KEYS[2], 0, n - most + 16)) do
+    if n < most then break end
+    if redis.call('EXISTS', ARGV[6] .. 'lock:' .. other) == 0 then
+      local record = redis.call('GET', ARGV[6] .. 's:' .. other)
+      redis.call('DEL', ARGV[6] .. 's:' .. other)
+      redis.call('ZREM', KEYS[2], other)
+      n = n - 1
+      if record then ended[#ended + 1] = other; ended[#ended + 1] = record end
+    end
+  end
+end
+if not redis.call('SET', KEYS[1], ARGV[1], 'NX', 'PX', ARGV[2]) then return {0} end
+redis.call('ZADD', KEYS[2], now + tonumber(ARGV[2]), ARGV[3])
+return {1, ended})";
+
+// KEYS: old session, old lock, new session, sessions. ARGV: token, record, ttl ms, old id, new id,
+// now ms. -1: the lock was lost; 0: the new id is taken; 1: moved.
+constexpr const char* kMove = R"(
+if redis.call('GET', KEYS[2]) ~= ARGV[1] then return -1 end
+if redis.call('EXISTS', KEYS[3]) == 1 then return 0 end
+redis.call('DEL', KEYS[1], KEYS[2])
+redis.call('ZREM', KEYS[4], ARGV[4])
+redis.call('SET', KEYS[3], ARGV[2], 'PX', ARGV[3])
+redis.call('ZADD', KEYS[4], tonumber(ARGV[6]) + tonumber(ARGV[3]), ARGV[5])
+return 1)";
+
+// KEYS: session, lock, sessions. ARGV: token, id.
+constexpr const char* kDrop = R"(
+if redis.call('GET', KEYS[2]) ~= ARGV[1] then return 0 end
+redis.call('DEL', KEYS[1], KEYS[2])
+redis.call('ZREM', KEYS[3], ARGV[2])
+return 1)";
+
+// KEYS: lock. ARGV: token. Only the holder's token lets go.
+constexpr const char* kUnlock = R"(
+if redis.call('GET', KEYS[1]) == ARGV[1] then return redis.call('DEL', KEYS[1]) end
+return 0)";
+
+// KEYS: app lock, app hash. ARGV: token, lock ms. {0, pttl}: held by another; {1, app}: held.
+constexpr const char* kLockApplication = R"(
+if not redis.call('SET', KEYS[1], ARGV[1], 'NX', 'PX', ARGV[2]) and redis.call('GET', KEYS[1]) ~= ARGV[1] then
+  return {0, redis.call('PTTL', KEYS[1])}
+end
+return {1, redis.call('HGETALL', KEYS[2])})";
+
+// A session's values refuse objects at once, naming the key: they could not be written back.
+class SessionValuesStore : public host::ContentsStore {
+ public:
+  void Set(std::string_view key, const Variant& value) override {
+    if (!IsStorable(value))
+      throw host::HostError("Session(\"" + std::string(key) +
+                            "\") cannot hold an object: the sessions are kept in Redis, shared by several "
+                            "servers (--sessions)");
+  }
+  void Remove(std::string_view) override {}
+  void Clear() override {}
+};
+
+const RedisReply& At(const RedisReply& r, size_t i) {
+  if (r.kind != RedisReply::Kind::kArray || i >= r.elements.size())
+    throw RedisError("redis: a script answered in an unexpected shape");
+  return r.elements[i];
+}
+
+std::string ShortId(const std::string& id) { return id.substr(0, 8) + "..."; }
+
+}  // namespace
+
+struct RedisSessions::Scripts {
+  RedisScript create{kCreate}, move{kMove}, drop{kDrop}, unlock{kUnlock}, lockApplication{kLockApplication};
+  std::shared_ptr<SessionValuesStore> sessionValues = std::make_shared<SessionValuesStore>();
+};
+
+// Application.Contents' writes, through to the hash.
+class RedisSessions::ApplicationStore : public host::ContentsStore {
+ public:
+  explicit ApplicationStore(RedisSessions& owner) : owner_(owner) {}
+  void Set(std::string_view key, const Variant& value) override {
+    if (!IsStorable(value))
+      throw host::HostError("Application(\"" + std::string(key) +
+                            "\") cannot hold an object: the Application is kept in Redis, shared by several "
+                            "servers (--sessions)");
+    Write(key, {"HSET", owner_.Key("app"), LCase(key), EncodeNamedValue(key, value)});
+  }
+  void Remove(std::string_view key) override { Write(key, {"HDEL", owner_.Key("app"), LCase(key)}); }
+  void Clear() override { Write("", {"DEL", owner_.Key("app")}); }
+
+ private:
+  void Write(std::string_view key, const std::vector<std::string>& command) {
+    try {
+      owner_.redis_.Command(command);
+    } catch (const RedisError& e) {
+      throw host::HostError("Application" + (key.empty() ? std::string() : "(\"" + std::string(key) + "\")") +
+                            " cannot be written: " + e.what());
+    } catch (const CodecError& e) {
+      throw host::HostError("Application(\"" + std::string(key) + "\") cannot be written: " + e.what());
+    }
+  }
+  RedisSessions& owner_;
+};
+
+RedisSessions::RedisSessions(RedisAddress address, RedisSessionsOptions options,
+                             std::function<void(const std::string&)> log)
+    : redis_(std::move(address), options.connectTimeout, options.replyTimeout),
+      options_(std::move(options)),
+      log_(std::move(log)),
+      scripts_(std::make_unique<Scripts>()) {
+  if (!options_.now)
+    options_.now = [] {
+      return std::chrono::duration_cast<std::chrono::milliseconds>(
+                 std::chrono::system_clock::now().time_since_epoch())
+          .count();
+    };
+}
+
+RedisSessions::~RedisSessions() {
+  if (application_) {
+    application_->Values().SetStore(nullptr);
+    application_->ShareLock(nullptr, nullptr);
+  }
+}
+
+std::string RedisSessions::Key(std::string_view kind, std::string_view id) const {
+  return options_.prefix + std::string(kind) + std::string(id);
+}
+
+int64_t RedisSessions::Now() const { return options_.now(); }
+
+std::string RedisSessions::TtlOf(const host::SessionObject& session) const {
+  return std::to_string(int64_t{session.TimeoutMinutes()} * 60000);
+}
+
+std::string RedisSessions::Record(host::SessionObject& session, const Claim& claim) const {
+  SessionRecord record{.started = claim.started,
+                       .timeoutMinutes = session.TimeoutMinutes(),
+                       .codePage = session.CodePage(),
+                       .lcid = session.LCID(),
+                       .values = session.Values().Items()};
+  try {
+    return EncodeSession(record);
+  } catch (const CodecError& e) {
+    throw SessionStoreError(std::string("the session cannot be written: ") + e.what());
+  }
+}
+
+void RedisSessions::ShareApplication(std::shared_ptr<host::Application> application) {
+  application_ = std::move(application);
+  ownValues_ = application_->Values().Items();
+  application_->Values().SetStore(std::make_shared<ApplicationStore>(*this));
+  application_->ShareLock([this] { LockApplication(); }, [this]() noexcept { UnlockApplication(); });
+}
+
+void RedisSessions::LoadApplication(const RedisReply& hash) {
+  if (!application_) return;
+  std::vector<std::pair<std::string, Variant>> items = ownValues_;
+  for (size_t i = 1; i < hash.elements.size(); i += 2) {
+    try {
+      items.push_back(DecodeNamedValue(hash.elements[i].text));
+    } catch (const CodecError& e) {
+      log_("corvane-server: Application value " + hash.elements[i - 1].text + " in redis cannot be read (" +
+           e.what() + "); left out");
+    }
+  }
+  application_->Values().Assign(items);
+}
+
+SharedSessions::Outcome RedisSessions::TryClaim(const std::string& id, host::SessionObject& session,
+                                                Claim& claim, std::chrono::milliseconds& retryIn,
+                                                EndedSessions& ended) {
+  session.Values().SetStore(scripts_->sessionValues);
+  try {
+    if (id.empty()) {
+      if (application_) LoadApplication(redis_.Command({"HGETALL", Key("app")}));
+      return Outcome::kMissing;
+    }
+    // One round trip of plain commands (cheaper for Redis than a script): take the lock, read the
+    // record and the Application. The lock's holder and expiry come too: a command sent again
+    // after a broken connection finds its own token, and a busy session says how long to wait.
+    std::string token = NewSessionId();
+    const std::string lock = Key("lock:", id);
+    std::vector<RedisReply> r =
+        redis_.Pipeline({{"SET", lock, token, "NX", "PX", std::to_string(options_.lockExpiry.count())},
+                         {"GET", Key("s:", id)},
+                         {"HGETALL", Key("app")},
+                         {"GET", lock},
+                         {"PTTL", lock}});
+    for (const RedisReply& each : r)
+      if (each.kind == RedisReply::Kind::kError) throw RedisError(redis_.Name() + ": " + each.text);
+    if (r[3].text != token) {
+      retryIn = std::chrono::milliseconds(std::max<int64_t>(0, r[4].integer));
+      return Outcome::kBusy;
+    }
+    claim.token = token;
+    LoadApplication(r[2]);
+    if (r[1].kind == RedisReply::Kind::kNil) {  // no such session: the lock taken for it goes
+      Unlock(id, claim);
+      return Outcome::kMissing;
+    }
+    SessionRecord record;
+    try {
+      record = DecodeSession(r[1].text);
+    } catch (const CodecError& e) {
+      // Written by a newer version, or damaged: this request starts a session of its own.
+      log_("corvane-server: session " + ShortId(id) + " in redis cannot be read (" + e.what() +
+           "); the request starts a new session");
+      Unlock(id, claim);
+      return Outcome::kMissing;
+    }
+    claim.started = record.started;
+    auto fill = [&record](host::SessionObject& s) {
+      s.SetTimeoutMinutes(record.timeoutMinutes);
+      if (record.codePage != 0 && IsSupportedCodePage(record.codePage)) s.SetCodePage(record.codePage);
+      s.SetLCID(record.lcid);
+      s.Values().Assign(record.values);
+    };
+    if (Now() / 1000 - record.started > options_.lifetime.count()) {
+      Drop(id, claim);
+      auto over = std::make_shared<host::SessionObject>();
+      over->AssignID(id);
+      fill(*over);
+      ended.push_back(std::move(over));
+      return Outcome::kMissing;
+    }
+    fill(session);
+    return Outcome::kHeld;
+  } catch (const RedisError& e) {
+    throw SessionStoreError(e.what());
+  }
+}
+
+bool RedisSessions::Create(const std::string& id, host::SessionObject& session, Claim& claim,
+                           EndedSessions& ended) {
+  claim.started = Now() / 1000;
+  try {
+    RedisReply r = redis_.Script(scripts_->create, {Key("s:", id), Key("sessions")},
+                                 {Record(session, claim), TtlOf(session), id, std::to_string(Now()),
+                                  std::to_string(options_.maxSessions), options_.prefix});
+    if (At(r, 0).integer == 0) return false;
+    const RedisReply& made = At(r, 1);
+    for (size_t i = 1; i < made.elements.size(); i += 2) {
+      try {
+        SessionRecord record = DecodeSession(made.elements[i].text);
+        auto over = std::make_shared<host::SessionObject>();
+        over->AssignID(made.elements[i - 1].text);
+        over->SetTimeoutMinutes(record.timeoutMinutes);
+        over->SetLCID(record.lcid);
+        over->Values().Assign(record.values);
+        ended.push_back(std::move(over));
+      } catch (const CodecError&) {
+        // Its Session_OnEnd cannot run: its values cannot be read.
+      }
+    }
+    return true;
+  } catch (const RedisError& e) {
+    throw SessionStoreError(e.what());
+  }
+}
+
+bool RedisSessions::Move(const std::string& id, Claim& claim, const std::string& newId,
+                         host::SessionObject& session) {
+  try {
+    RedisReply r = redis_.Script(
+        scripts_->move, {Key("s:", id), Key("lock:", id), Key("s:", newId), Key("sessions")},
+        {claim.token, Record(session, claim), TtlOf(session), id, newId, std::to_string(Now())});
+    if (r.integer == -1) {
+      claim.token.clear();
+      throw SessionStoreError("the session's lock expired while its page ran; it was not moved");
+    }
+    if (r.integer == 0) return false;
+    claim.token.clear();
+    return true;
+  } catch (const RedisError& e) {
+    throw SessionStoreError(e.what());
+  }
+}
+
+void RedisSessions::Save(const std::string& id, Claim& claim, host::SessionObject& session) {
+  // Sent without waiting: the page's reply need not wait for Redis's. The lock goes in the same
+  // script, so whoever takes the session next reads these values.
+  std::vector<std::string> command{"EVAL",
+                                   kSave,
+                                   "3",
+                                   Key("s:", id),
+                                   Key("lock:", id),
+                                   Key("sessions"),
+                                   claim.token,
+                                   Record(session, claim),
+                                   TtlOf(session),
+                                   id,
+                                   std::to_string(Now())};
+  claim.token.clear();
+  try {
+    redis_.Post(command, [log = log_, id](const RedisReply& r) {
+      if (r.kind == RedisReply::Kind::kError)
+        log("corvane-server: session " + ShortId(id) + ": its values could not be written: " + r.text);
+      else if (r.integer == 0)
+        log("corvane-server: session " + ShortId(id) +
+            ": its lock expired while its page ran; the page's session values were not written");
+    });
+  } catch (const RedisError& e) {
+    throw SessionStoreError(e.what());
+  }
+}
+
+void RedisSessions::Drop(const std::string& id, Claim& claim) {
+  try {
+    redis_.Script(scripts_->drop, {Key("s:", id), Key("lock:", id), Key("sessions")}, {claim.token, id});
+    claim.token.clear();
+  } catch (const RedisError& e) {
+    throw SessionStoreError(e.what());
+  }
+}
+
+void RedisSessions::Unlock(const std::string& id, Claim& claim) noexcept {
+  std::string token = std::move(claim.token);
+  claim.token.clear();
+  try {
+    redis_.Script(scripts_->unlock, {Key("lock:", id)}, {token});
+  } catch (const std::exception& e) {
+    // The lock lets go by itself when it expires.
+    log_(std::string("corvane-server: a session lock could not be let go: ") + e.what());
+  }
+}
+
+size_t RedisSessions::Count() {
+  try {
+    RedisReply r = redis_.Command({"ZCOUNT", Key("sessions"), std::to_string(Now()), "+inf"});
+    return static_cast<size_t>(std::max<int64_t>(0, r.integer));
+  } catch (const RedisError& e) {
+    log_(std::string("corvane-server: sessions cannot be counted: ") + e.what());
+    return 0;
+  }
+}
+
+void RedisSessions::LockApplication() {
+  std::string token = NewSessionId();
+  const auto deadline = std::chrono::steady_clock::now() + options_.lockExpiry;
+  std::chrono::milliseconds backoff{1};
+  try {
+    for (;;) {
+      RedisReply r = redis_.Script(scripts_->lockApplication, {Key("app:lock"), Key("app")},
+                                   {token, std::to_string(options_.lockExpiry.count())});
+      if (At(r, 0).integer == 1) {
+        appLockToken_ = token;
+        LoadApplication(At(r, 1));
+        return;
+      }
+      if (std::chrono::steady_clock::now() > deadline)
+        throw host::HostError("Application.Lock: another server held the lock for too long");
+      // This page's thread waits (a page's Lock is a call in its script), polling less and less often.
+      backoff = std::min(backoff * 2, std::chrono::milliseconds(64));
+      std::this_thread::sleep_for(
+          std::min(backoff, std::chrono::milliseconds(std::max<int64_t>(0, At(r, 1).integer) + 1)));
+    }
+  } catch (const RedisError& e) {
+    throw host::HostError(std::string("Application.Lock: ") + e.what());
+  }
+}
+
+void RedisSessions::UnlockApplication() noexcept {
+  std::string token = std::move(appLockToken_);
+  appLockToken_.clear();
+  try {
+    redis_.Script(scripts_->unlock, {Key("app:lock")}, {token});
+  } catch (const std::exception& e) {
+    log_(std::string("corvane-server: Application.Lock could not be let go (it expires by itself): ") +
+         e.what());
+  }
+}
+
+}  // namespace corvane::server

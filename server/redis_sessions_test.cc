@@ -1,0 +1,200 @@
+// RedisSessions against a real redis-server (skipped when none is installed). Two RedisSessions on
+// one Redis stand for two processes.
+#include "redis_sessions.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include "hosts/redis_process.h"
+#include "session_codec.h"
+
+namespace corvane::server {
+namespace {
+
+using namespace std::chrono_literals;
+using Outcome = SharedSessions::Outcome;
+
+// The description of the Error that `f` raises ("" when none).
+template <class F>
+std::string ErrorOf(F f) {
+  try {
+    f();
+  } catch (const Error& e) {
+    return e.Description();
+  }
+  return "";
+}
+
+class RedisSessionsTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!redis_.Available()) GTEST_SKIP() << "redis-server is not installed (bash scripts/deps.sh)";
+  }
+  std::unique_ptr<RedisSessions> Process(RedisSessionsOptions o = {}) {
+    return std::make_unique<RedisSessions>(ParseRedisUrl(redis_.Url()), std::move(o),
+                                           [this](const std::string& line) { log_.push_back(line); });
+  }
+  RedisClient Client() { return RedisClient(ParseRedisUrl(redis_.Url()), 1s, 1s); }
+  // A stored session of `process` holding `values`.
+  std::string Stored(RedisSessions& process, std::vector<std::pair<std::string, Variant>> values) {
+    host::SessionObject s;
+    s.Values().Assign(values);
+    SharedSessions::Claim claim;
+    EndedSessions ended;
+    std::string id = NewSessionId();
+    EXPECT_TRUE(process.Create(id, s, claim, ended));
+    return id;
+  }
+  Outcome Claim(RedisSessions& process, const std::string& id, host::SessionObject& s,
+                SharedSessions::Claim& claim) {
+    std::chrono::milliseconds retry{0};
+    EndedSessions ended;
+    return process.TryClaim(id, s, claim, retry, ended);
+  }
+
+  testing::RedisProcess redis_;
+  std::vector<std::string> log_;
+};
+
+TEST_F(RedisSessionsTest, ASessionIsHeldByOneRequestAtATimeAcrossProcesses) {
+  auto a = Process(), b = Process();
+  std::string id = Stored(*a, {{"personID", Variant(int32_t{7})}});
+  host::SessionObject inA, inB;
+  SharedSessions::Claim claimA, claimB;
+  ASSERT_EQ(Claim(*a, id, inA, claimA), Outcome::kHeld);
+  EXPECT_EQ(inA.Get("personid"), Variant(int32_t{7}));
+  EXPECT_EQ(Claim(*b, id, inB, claimB), Outcome::kBusy);
+  inA.Set("page", Variant("list"));
+  inA.SetTimeoutMinutes(3);
+  a->Save(id, claimA, inA);
+  EXPECT_TRUE(claimA.token.empty());
+  // The write was sent without waiting; b waits for it at most a moment.
+  Outcome outcome = Outcome::kBusy;
+  for (int i = 0; i < 100 && outcome == Outcome::kBusy; ++i, std::this_thread::sleep_for(1ms))
+    outcome = Claim(*b, id, inB, claimB);
+  ASSERT_EQ(outcome, Outcome::kHeld);
+  EXPECT_EQ(inB.Get("page"), Variant("list"));
+  EXPECT_EQ(inB.TimeoutMinutes(), 3);
+  // The idle timeout is the key's expiry, set again by every write.
+  int64_t ttl = Client().Command({"PTTL", "corvane:s:" + id}).integer;
+  EXPECT_GT(ttl, 170000);
+  EXPECT_LE(ttl, 180000);
+  b->Unlock(id, claimB);
+  EXPECT_EQ(Claim(*a, id, inA, claimA), Outcome::kHeld);
+}
+
+TEST_F(RedisSessionsTest, ALockOfADeadProcessLastsNoLongerThanItsExpiry) {
+  auto dead = Process({.lockExpiry = 300ms}), alive = Process({.lockExpiry = 300ms});
+  std::string id = Stored(*alive, {{"k", Variant(1)}});
+  host::SessionObject s;
+  SharedSessions::Claim held, other;
+  ASSERT_EQ(Claim(*dead, id, s, held), Outcome::kHeld);
+  dead.reset();  // never lets go
+  std::chrono::milliseconds retry{0};
+  EndedSessions ended;
+  EXPECT_EQ(alive->TryClaim(id, s, other, retry, ended), Outcome::kBusy);
+  EXPECT_LE(retry, 300ms);
+  std::this_thread::sleep_for(retry + 50ms);
+  EXPECT_EQ(Claim(*alive, id, s, other), Outcome::kHeld);
+  // The late holder's write is refused: it no longer holds the lock (logged once its reply is read,
+  // before the connection's next command).
+  alive->Save(id, held, s);
+  alive->Count();
+  EXPECT_EQ(log_.size(), 1u);
+}
+
+TEST_F(RedisSessionsTest, AMovedSessionIsFoundOnlyUnderItsNewId) {
+  auto a = Process();
+  std::string id = Stored(*a, {{"k", Variant("v")}});
+  host::SessionObject s;
+  SharedSessions::Claim claim;
+  ASSERT_EQ(Claim(*a, id, s, claim), Outcome::kHeld);
+  std::string newId = NewSessionId();
+  ASSERT_TRUE(a->Move(id, claim, newId, s));
+  EXPECT_EQ(Claim(*a, id, s, claim), Outcome::kMissing);
+  host::SessionObject moved;
+  ASSERT_EQ(Claim(*a, newId, moved, claim), Outcome::kHeld);
+  EXPECT_EQ(moved.Get("k"), Variant("v"));
+  a->Drop(newId, claim);
+  EXPECT_EQ(Claim(*a, newId, moved, claim), Outcome::kMissing);
+}
+
+TEST_F(RedisSessionsTest, AnUnreadableRecordCountsAsNoSessionAndIsLogged) {
+  auto a = Process();
+  std::string id = NewSessionId();
+  Client().Command({"SET", "corvane:s:" + id, "\x09later format"});
+  host::SessionObject s;
+  SharedSessions::Claim claim;
+  EXPECT_EQ(Claim(*a, id, s, claim), Outcome::kMissing);
+  EXPECT_TRUE(claim.token.empty());
+  ASSERT_EQ(log_.size(), 1u);
+  EXPECT_NE(log_[0].find("unknown format version 9"), std::string::npos) << log_[0];
+  EXPECT_EQ(Client().Command({"EXISTS", "corvane:lock:" + id}).integer, 0);
+}
+
+TEST_F(RedisSessionsTest, TheCapAndTheLifetimeEndSessionsWithTheirValues) {
+  int64_t now = 1'800'000'000'000;
+  auto a = Process({.lifetime = 3600s, .maxSessions = 2, .now = [&now] { return now; }});
+  std::string first = Stored(*a, {{"n", Variant(1)}});
+  now += 1000;
+  std::string second = Stored(*a, {{"n", Variant(2)}});
+  host::SessionObject s;
+  SharedSessions::Claim claim;
+  EndedSessions ended;
+  ASSERT_TRUE(a->Create(NewSessionId(), s, claim, ended));
+  ASSERT_EQ(ended.size(), 1u);  // the one that expires soonest
+  EXPECT_EQ(ended[0]->SessionID(), first);
+  EXPECT_EQ(ended[0]->Get("n"), Variant(1));
+  EXPECT_EQ(a->Count(), 2u);
+  now += 3601 * 1000;
+  std::chrono::milliseconds retry{0};
+  ended.clear();
+  EXPECT_EQ(a->TryClaim(second, s, claim, retry, ended), Outcome::kMissing);
+  ASSERT_EQ(ended.size(), 1u);
+  EXPECT_EQ(ended[0]->Get("n"), Variant(2));
+}
+
+TEST_F(RedisSessionsTest, TheApplicationIsSharedAndItsLockHoldsAcrossProcesses) {
+  auto a = Process(), b = Process();
+  auto appA = std::make_shared<host::Application>(), appB = std::make_shared<host::Application>();
+  appA->Set("ConnStr", Variant("own to a"));
+  a->ShareApplication(appA);
+  b->ShareApplication(appB);
+  appA->Set("Visits", Variant(int32_t{1}));
+  host::SessionObject s;
+  SharedSessions::Claim claim;
+  Claim(*b, "", s, claim);  // a page without a session loads the Application too
+  EXPECT_EQ(appB->Get("visits"), Variant(int32_t{1}));
+  EXPECT_TRUE(appB->Get("ConnStr").IsEmpty());
+  Claim(*a, "", s, claim);
+  EXPECT_EQ(appA->Get("ConnStr"), Variant("own to a"));
+
+  // Objects are refused at once, naming the key, in the Application and in a session.
+  EXPECT_NE(ErrorOf([&] { appA->Set("dict", host::Session().AsVariant()); }).find("Application(\"dict\")"),
+            std::string::npos);
+  EXPECT_NE(ErrorOf([&] { s.Set("Cart", host::Session().AsVariant()); }).find("Session(\"Cart\")"),
+            std::string::npos);
+  EXPECT_EQ(s.Values().Count(), 0u);
+
+  // b's page waits for a's Unlock, then sees what a wrote under the lock.
+  appA->Lock();
+  std::atomic<bool> locked{false};
+  std::thread other([&] {
+    appB->Lock();
+    locked = true;
+    appB->Set("Visits", Variant(appB->Get("Visits").ToLong() + 1));
+    appB->UnlockAll();
+  });
+  std::this_thread::sleep_for(100ms);
+  EXPECT_FALSE(locked);
+  appA->Set("Visits", Variant(int32_t{10}));
+  appA->Unlock();
+  other.join();
+  Claim(*a, "", s, claim);
+  EXPECT_EQ(appA->Get("Visits"), Variant(int32_t{11}));
+}
+
+}  // namespace
+}  // namespace corvane::server
