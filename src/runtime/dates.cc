@@ -206,6 +206,26 @@ std::string DateText(double date) {
   const Moment m = Split(date);
   const Civil c = m.Date();
   char buf[64];
+  // Lists show a date in every row: the digits are written by hand, not through snprintf.
+  auto digits = [](char* at, unsigned value, int width) {
+    for (int i = width - 1; i >= 0; --i, value /= 10) at[i] = static_cast<char>('0' + value % 10);
+  };
+  if (c.year >= 0 && c.year <= 9999) {
+    char* p = buf;
+    digits(p, static_cast<unsigned>(c.year), 4);
+    p[4] = '-';
+    digits(p + 5, c.month, 2);
+    p[7] = '-';
+    digits(p + 8, c.day, 2);
+    if (m.second == 0) return std::string(buf, 10);
+    p[10] = ' ';
+    digits(p + 11, static_cast<unsigned>(m.second / 3600), 2);
+    p[13] = ':';
+    digits(p + 14, static_cast<unsigned>(m.second / 60 % 60), 2);
+    p[16] = ':';
+    digits(p + 17, static_cast<unsigned>(m.second % 60), 2);
+    return std::string(buf, 19);
+  }
   int n = std::snprintf(buf, sizeof buf, "%04lld-%02u-%02u", static_cast<long long>(c.year), c.month, c.day);
   if (m.second != 0)
     n += std::snprintf(buf + n, sizeof buf - n, " %02d:%02d:%02d", static_cast<int>(m.second / 3600),

@@ -40,7 +40,7 @@ SqliteCursor::SqliteCursor(std::shared_ptr<SqliteSession> session, std::string s
   }
 }
 
-SqliteCursor::~SqliteCursor() { session_->handle().Release(sql_, stmt_); }
+SqliteCursor::~SqliteCursor() { session_->handle().Release(std::move(sql_), stmt_); }
 
 void SqliteCursor::Fail() {
   onRow_ = false;

@@ -83,10 +83,10 @@ sqlite3_stmt* SqliteHandle::Acquire(const std::string& sql) {
   return stmt;
 }
 
-void SqliteHandle::Release(const std::string& sql, sqlite3_stmt* stmt) {
+void SqliteHandle::Release(std::string sql, sqlite3_stmt* stmt) {
   sqlite3_reset(stmt);
-  idle_.emplace_front(sql, stmt);
-  index_.emplace(sql, idle_.begin());
+  idle_.emplace_front(std::move(sql), stmt);
+  index_.emplace(idle_.front().first, idle_.begin());
   if (idle_.size() <= kCacheSize) return;
   auto oldest = std::prev(idle_.end());
   auto range = index_.equal_range(oldest->first);

@@ -11,6 +11,7 @@
 #include <list>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 
@@ -34,8 +35,9 @@ class SqliteHandle {
   // rejected, when the text holds no statement, or when anything but blanks, semicolons and comments
   // follows the first statement.
   sqlite3_stmt* Acquire(const std::string& sql);
-  // Takes back a statement from Acquire: reset and kept for the next Acquire of the same text.
-  void Release(const std::string& sql, sqlite3_stmt* stmt);
+  // Takes back a statement from Acquire: reset and kept, with its text, for the next Acquire of the
+  // same text.
+  void Release(std::string sql, sqlite3_stmt* stmt);
 
   // Makes the handle fit for its next user: every statement reset, no transaction open. False when
   // that could not be done; such a handle should be closed.
@@ -50,7 +52,8 @@ class SqliteHandle {
   using Entry = std::pair<std::string, sqlite3_stmt*>;
   sqlite3* db_;
   std::list<Entry> idle_;  // most recently used first
-  std::unordered_multimap<std::string, std::list<Entry>::iterator> index_;
+  // By the text held in the entry itself (list entries stay where they are).
+  std::unordered_multimap<std::string_view, std::list<Entry>::iterator> index_;
 };
 
 }  // namespace corvane::ado::detail
