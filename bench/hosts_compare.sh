@@ -35,14 +35,8 @@ for tool in wrk nginx redis-server curl python3; do
 done
 PATH=$PATH:/usr/sbin
 
-if [ -z "$server" ]; then
-  build_log=$(mktemp)
-  { cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=Release -DCORVANE_SANITIZE=OFF -DCORVANE_TESTS=OFF &&
-    cmake --build build-bench -j2 --target corvane-server; } >"$build_log" 2>&1 ||
-    { cat "$build_log" >&2; rm -f "$build_log"; echo "the build failed" >&2; exit 1; }
-  rm -f "$build_log"
-  server=build-bench/server/corvane-server
-fi
+. bench/bench_common.sh
+build_bench_server
 
 work=$(mktemp -d)
 chmod 755 "$work"
@@ -58,9 +52,6 @@ stop() {
 trap stop EXIT
 trap 'exit 130' INT TERM HUP
 
-free_port() {
-  python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])'
-}
 await_port() {  # port what
   for _ in $(seq 1 150); do
     python3 -c "import socket,sys; socket.create_connection(('127.0.0.1', $1), 0.2)" 2>/dev/null && return 0
@@ -132,35 +123,10 @@ await_port "$nginx_two" nginx
 
 # --- N signed-in sessions for each store, each having visited the list once
 page_path="/contact.asp?action=list&page=3"
-sign_in() {  # base cookie-file
-  : >"$2"
-  local i cookie
-  for i in $(seq 1 "$sessions"); do
-    curl -s -o /dev/null -c "$work/jar" -d 'loginName=zhangwei&password=123456' "$1/login.asp"
-    cookie=$(awk '$6 == "CORVANESESSIONID" { print $6 "=" $7 }' "$work/jar")
-    [ -n "$cookie" ] || { echo "sign-in $i at $1 failed" >&2; exit 1; }
-    curl -s -o /dev/null -H "Cookie: $cookie" "$1$page_path"
-    echo "$cookie" >>"$2"
-    rm -f "$work/jar"
-  done
-}
-sign_in "http://127.0.0.1:$port_local" "$work/cookies-local"
-sign_in "http://127.0.0.1:$nginx_two" "$work/cookies-redis"
+sign_in_sessions "http://127.0.0.1:$port_local" "$work/cookies-local" "$sessions" "$page_path"
+sign_in_sessions "http://127.0.0.1:$nginx_two" "$work/cookies-redis" "$sessions" "$page_path"
 curl -s -f -H "Cookie: $(head -1 "$work/cookies-redis")" "http://127.0.0.1:$nginx_two$page_path" | grep -q '<table' ||
   { echo "the list page did not come back as a list through nginx" >&2; exit 1; }
-
-# One wrk run: "rps p50 p99 max errors" in $result.
-run_wrk() {  # url cookie-file
-  local out="$work/wrk.out"
-  wrk -t2 -c50 -d"$duration"s --latency -s bench/load_compare.lua "$1" -- "$2" >"$out" 2>&1 &
-  wrk_pid=$!
-  wait "$wrk_pid" || true
-  wrk_pid=""
-  result=$(awk '$1 == "RESULT" {
-      for (i = 2; i <= NF; i++) { split($i, kv, "="); v[kv[1]] = kv[2] }
-      print v["rps"], v["p50"], v["p99"], v["max"], v["socket_errors"] + v["timeouts"] + v["non2xx"] }' "$out")
-  [ -n "$result" ] || { cat "$out" >&2; result="0 0 0 0 1"; }
-}
 
 echo "list page $page_path, $sessions signed-in sessions round-robin; wrk 2 threads, 50 connections, ${duration} s"
 echo "redis-server 127.0.0.1:$redis_port, nginx 1 worker; latencies in ms"
@@ -168,22 +134,18 @@ echo
 printf '%-44s %9s %8s %8s %8s %7s\n' arrangement req/s p50 p99 max errors
 declare -A rps errs
 row() {  # key label
-  read -r r p50 p99 max e <<<"$result"
+  read -r r p50 p99 max se t n <<<"$result"
+  local e=$((se + t + n))
   rps[$1]=$r
   errs[$1]=$e
   printf '%-44s %9s %8s %8s %8s %7s\n' "$2" "$r" "$p50" "$p99" "$max" "$e"
 }
-run_wrk "http://127.0.0.1:$port_local$page_path" "$work/cookies-local"; row local "1 process, sessions in it, straight"
-run_wrk "http://127.0.0.1:$nginx_local$page_path" "$work/cookies-local"; row proxy "1 process, sessions in it, through nginx"
-run_wrk "http://127.0.0.1:$nginx_one$page_path" "$work/cookies-redis"; row one "1 process, sessions in Redis, through nginx"
-run_wrk "http://127.0.0.1:$nginx_two$page_path" "$work/cookies-redis"; row two "2 processes, sessions in Redis, through nginx"
+run_wrk 50 "$duration" "http://127.0.0.1:$port_local$page_path" "$work/cookies-local"; row local "1 process, sessions in it, straight"
+run_wrk 50 "$duration" "http://127.0.0.1:$nginx_local$page_path" "$work/cookies-local"; row proxy "1 process, sessions in it, through nginx"
+run_wrk 50 "$duration" "http://127.0.0.1:$nginx_one$page_path" "$work/cookies-redis"; row one "1 process, sessions in Redis, through nginx"
+run_wrk 50 "$duration" "http://127.0.0.1:$nginx_two$page_path" "$work/cookies-redis"; row two "2 processes, sessions in Redis, through nginx"
 
 echo
-missed=0
-check() {  # description, awk condition
-  if awk "BEGIN { exit !($2) }"; then echo "  ok    $1"; else echo "  MISS  $1"; missed=1; fi
-}
-ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.2f", (b > 0 ? a / b : 0) }'; }
 echo "ratios:"
 echo "  nginx's cost:      $(ratio "${rps[proxy]}" "${rps[local]}") of the straight rate"
 echo "  two processes:     $(ratio "${rps[two]}" "${rps[local]}") of one straight, $(ratio "${rps[two]}" "${rps[proxy]}") of one through nginx"

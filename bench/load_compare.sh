@@ -37,14 +37,8 @@ for tool in wrk nginx curl python3; do
   command -v "$tool" >/dev/null || { echo "$tool is missing: bash scripts/deps.sh" >&2; exit 1; }
 done
 
-if [ -z "$server" ]; then
-  build_log=$(mktemp)
-  { cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=Release -DCORVANE_SANITIZE=OFF -DCORVANE_TESTS=OFF &&
-    cmake --build build-bench -j2 --target corvane-server; } >"$build_log" 2>&1 ||
-    { cat "$build_log" >&2; rm -f "$build_log"; echo "the build failed" >&2; exit 1; }
-  rm -f "$build_log"
-  server=build-bench/server/corvane-server
-fi
+. bench/bench_common.sh
+build_bench_server
 
 work=$(mktemp -d)
 server_pid=""
@@ -62,10 +56,6 @@ stop() {
 }
 trap stop EXIT
 trap 'exit 130' INT TERM HUP
-
-free_port() {
-  python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])'
-}
 
 # --- corvane-server on a scratch copy of the demo database
 [ -f data/corvane-site.db ] && cp data/corvane-site.db "$work/site.db"
@@ -94,15 +84,7 @@ rss() { awk -v k="$2:" '$1 == k { print $2 / 1024 }' "/proc/$1/status" 2>/dev/nu
 
 # --- N signed-in sessions, each having visited the list once (its sort and page size kept, as a user's)
 page_path="/contact.asp?action=list&page=3"
-: >"$work/cookies"
-for i in $(seq 1 "$sessions"); do
-  curl -s -o /dev/null -c "$work/jar" -d 'loginName=zhangwei&password=123456' "$base/login.asp"
-  cookie=$(awk '$6 == "CORVANESESSIONID" { print $6 "=" $7 }' "$work/jar")
-  [ -n "$cookie" ] || { echo "sign-in $i failed" >&2; exit 1; }
-  curl -s -o /dev/null -H "Cookie: $cookie" "$base$page_path"
-  echo "$cookie" >>"$work/cookies"
-  rm -f "$work/jar"
-done
+sign_in_sessions "$base" "$work/cookies" "$sessions" "$page_path"
 first_cookie=$(head -1 "$work/cookies")
 # The sign-ins' password hashing (Argon2id, 64 MiB each) sets the peak so far: the peak is taken
 # again from here, so that it shows what the load costs.
@@ -150,19 +132,6 @@ done
 curl -s -f -o /dev/null "http://127.0.0.1:$nginx_port/contact.html" ||
   { echo "nginx did not start" >&2; cat "$work/nginx-error.log" >&2; exit 1; }
 
-# One wrk run: "rps p50 p99 max socket_errors timeouts non2xx" in $result.
-run_wrk() {  # connections seconds url [cookie file]
-  local out="$work/wrk.out"
-  wrk -t2 -c"$1" -d"$2"s --latency -s bench/load_compare.lua "$3" ${4:+-- "$4"} >"$out" 2>&1 &
-  wrk_pid=$!
-  wait "$wrk_pid" || true
-  wrk_pid=""
-  result=$(awk '$1 == "RESULT" {
-      for (i = 2; i <= NF; i++) { split($i, kv, "="); v[kv[1]] = kv[2] }
-      print v["rps"], v["p50"], v["p99"], v["max"], v["socket_errors"], v["timeouts"], v["non2xx"] }' "$out")
-  [ -n "$result" ] || { cat "$out" >&2; result="0 0 0 0 1 0 0"; }
-}
-
 if [ "$soak" != 0 ]; then
   echo "soak: the list page, $sessions sessions, 50 connections, $soak minutes; server RSS every 30 s"
   printf '%8s %10s\n' "minute" "RSS MiB"
@@ -202,11 +171,6 @@ for c in $connections; do
 done
 
 echo
-missed=0
-check() {  # description, awk condition
-  if awk "BEGIN { exit !($2) }"; then echo "  ok    $1"; else echo "  MISS  $1"; missed=1; fi
-}
-ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.2f", (b > 0 ? a / b : 0) }'; }
 echo "ratios corvane/nginx and goals:"
 for c in $connections; do
   pr=$(ratio "${rps[page-corvane-$c]}" "${rps[page-nginx-$c]}")

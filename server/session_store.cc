@@ -138,6 +138,15 @@ void SessionStore::Submit(std::string_view id, Job job) {
   if (job) Start(std::move(entry), std::move(job));
 }
 
+void SessionStore::RunHolding(const std::shared_ptr<Entry>& entry, Lease& lease, const Job& job) {
+  struct Releaser {
+    SessionStore* store;
+    const std::shared_ptr<Entry>& entry;
+    ~Releaser() { store->Release(entry); }
+  } releaser{this, entry};
+  job(lease);
+}
+
 void SessionStore::Start(std::shared_ptr<Entry> entry, Job job) {
   if (shared_) {
     const auto deadline = std::chrono::steady_clock::now() + shared_->LockExpiry();
@@ -148,12 +157,7 @@ void SessionStore::Start(std::shared_ptr<Entry> entry, Job job) {
   }
   auto run = [this, entry = std::move(entry), job = std::move(job)] {
     Lease lease(entry, entry->stored ? entry->key : entry->session->SessionID());
-    struct Releaser {
-      SessionStore* store;
-      const std::shared_ptr<Entry>& entry;
-      ~Releaser() { store->Release(entry); }
-    } releaser{this, entry};
-    job(lease);
+    RunHolding(entry, lease, job);
   };
   if (start_)
     start_(std::move(run));
@@ -363,12 +367,7 @@ void SessionStore::RunShared(std::shared_ptr<Entry> entry, Job job,
   entry->session->AssignID(entry->stored ? entry->key : NewSessionId());
   Lease lease(entry, entry->session->SessionID());
   lease.unavailable_ = std::move(unavailable);
-  struct Releaser {
-    SessionStore* store;
-    const std::shared_ptr<Entry>& entry;
-    ~Releaser() { store->Release(entry); }
-  } releaser{this, entry};
-  job(lease);
+  RunHolding(entry, lease, job);
 }
 
 void SessionStore::ReleaseShared(const std::shared_ptr<Entry>& entry) {

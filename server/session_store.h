@@ -166,6 +166,8 @@ class SessionStore {
  private:
   void Start(std::shared_ptr<Entry> entry, Job job);
   void Release(const std::shared_ptr<Entry>& entry);
+  // Runs `job` with `lease`; when it returns or throws, the session's next job may start.
+  void RunHolding(const std::shared_ptr<Entry>& entry, Lease& lease, const Job& job);
   // The shared store's side.
   void SubmitShared(std::string_view id, Job job);
   void RunShared(std::shared_ptr<Entry> entry, Job job, std::chrono::steady_clock::time_point deadline);
