@@ -34,6 +34,7 @@
 
 #include "corvane/corvane.h"
 #include "dna/dna.h"
+#include "list_page_view.h"
 
 namespace {
 
@@ -41,7 +42,9 @@ namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 using corvane::Variant;
 
-constexpr int kPageSize = 20;
+using bench::CpuMs;
+using bench::kPageSize;
+using bench::Ms;
 constexpr int kDepts = 50;
 
 fs::path BenchDir() {
@@ -119,33 +122,8 @@ struct Case {
 };
 
 const char* kListSQL = "select id,name,dept,pay from big";
-const char* kCodeSQL = "id;name;select deptName,deptID from dept;pay";
 
-// One page view as a site page does it; answers the bytes written.
-size_t DnaPage(const Case& c, corvane::host::Session& session) {
-  corvane::host::Page page(
-      corvane::host::PageRequest{.url = "/big.asp", .queryString = "page=" + std::to_string(c.page)}, session,
-      corvane::host::PageHost{.createObject = corvane::CreateObject});
-  auto dna = page.Server().CreateObject("corvane.DNA").As<corvane::DNA>();
-  Variant conn("Provider=SQLite;Data Source=" + c.file.string()), sql(kListSQL),
-      captions("编号,姓名,部门,工资");
-  dna->OpenDNA(conn, sql, captions);
-  dna->SetCodeSQL(Variant(kCodeSQL));
-  dna->DispList();
-  dna->CloseDNA();
-  page.End();
-  size_t bytes = 0;
-  for (const std::string& w : page.Response().Writes()) bytes += w.size();
-  return bytes;
-}
-
-corvane::host::Session PageSession(bool sorted) {
-  corvane::host::Session session;
-  session.Set("strURL", Variant("/big.asp"));  // a return to the same page keeps the sort
-  session.Set("nPageSize", Variant(int16_t{kPageSize}));
-  if (sorted) session.Set("strOrder", Variant("pay"));
-  return session;
-}
+std::string ConnectionOf(const fs::path& file) { return "Provider=SQLite;Data Source=" + file.string(); }
 
 // What SQLite alone does for the same page: count, page select, look-ups.
 size_t SqliteAlone(sqlite3* db, const Case& c) {
@@ -175,15 +153,6 @@ size_t SqliteAlone(sqlite3* db, const Case& c) {
   return bytes;
 }
 
-double Ms(Clock::duration d) { return std::chrono::duration<double, std::milli>(d).count(); }
-
-// The calling thread's CPU time in milliseconds.
-double CpuMs() {
-  timespec ts{};
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &ts);
-  return static_cast<double>(ts.tv_sec) * 1e3 + static_cast<double>(ts.tv_nsec) / 1e6;
-}
-
 double PeakRssMB() {
   rusage usage{};
   getrusage(RUSAGE_SELF, &usage);
@@ -191,7 +160,7 @@ double PeakRssMB() {
 }
 
 void BM_DispList(benchmark::State& state, Case c) {
-  corvane::host::Session session = PageSession(c.sorted);
+  corvane::host::Session session = bench::ListPageSession(c.sorted);
   sqlite3* db = nullptr;
   sqlite3_open_v2(c.file.c_str(), &db, SQLITE_OPEN_READONLY, nullptr);
   Clock::duration dna{}, alone{};
@@ -199,15 +168,15 @@ void BM_DispList(benchmark::State& state, Case c) {
   size_t bytes = 0;
   for (auto _ : state) {
     auto t0 = Clock::now();
-    double c0 = CpuMs();
-    bytes = DnaPage(c, session);
-    dnaCpu += CpuMs() - c0;
+    double c0 = CpuMs(CLOCK_THREAD_CPUTIME_ID);
+    bytes = bench::ViewListPage(ConnectionOf(c.file), "big", c.page, session);
+    dnaCpu += CpuMs(CLOCK_THREAD_CPUTIME_ID) - c0;
     dna += Clock::now() - t0;
     state.PauseTiming();
     auto t1 = Clock::now();
-    double c1 = CpuMs();
+    double c1 = CpuMs(CLOCK_THREAD_CPUTIME_ID);
     benchmark::DoNotOptimize(SqliteAlone(db, c));
-    aloneCpu += CpuMs() - c1;
+    aloneCpu += CpuMs(CLOCK_THREAD_CPUTIME_ID) - c1;
     alone += Clock::now() - t1;
     state.ResumeTiming();
   }
@@ -225,9 +194,9 @@ void BM_DispList(benchmark::State& state, Case c) {
 
 // Page 1639 at 20 rows a page: 20 × 1639 does not fit 16 bits.
 void CheckDeepPageOverflows(const fs::path& file) {
-  corvane::host::Session session = PageSession(false);
+  corvane::host::Session session = bench::ListPageSession(false);
   try {
-    DnaPage(Case{file, false, 1639}, session);
+    bench::ViewListPage(ConnectionOf(file), "big", 1639, session);
   } catch (const corvane::Error& e) {
     if (e.Number() == 6) return;
     throw std::runtime_error("page 1639 raised " + std::to_string(e.Number()) + " instead of 6");

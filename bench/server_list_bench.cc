@@ -33,13 +33,16 @@
 #include "ado/connection_string.h"
 #include "corvane/corvane.h"
 #include "dna/dna.h"
+#include "list_page_view.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 using corvane::Variant;
 
-constexpr int kPageSize = 20;
+using bench::CpuMs;
+using bench::kPageSize;
+using bench::Ms;
 constexpr const char* kLookupSQL = "select deptName,deptID from dept where deptID=";
 
 struct Case {
@@ -153,43 +156,7 @@ class MariaDbFloor : public Floor {
   MYSQL* c_ = nullptr;
 };
 
-// ---- the DNA page
-
-corvane::host::Session PageSession(bool sorted) {
-  corvane::host::Session session;
-  session.Set("strURL", Variant("/big.asp"));  // a return to the same page keeps the sort
-  session.Set("nPageSize", Variant(int16_t{kPageSize}));
-  if (sorted) session.Set("strOrder", Variant("pay"));
-  return session;
-}
-
-// One page view as a site page does it; answers the bytes written.
-size_t DnaPage(const std::string& cs, const std::string& table, const Case& c,
-               corvane::host::Session& session) {
-  corvane::host::Page page(
-      corvane::host::PageRequest{.url = "/big.asp", .queryString = "page=" + std::to_string(c.page)}, session,
-      corvane::host::PageHost{.createObject = corvane::CreateObject});
-  auto dna = page.Server().CreateObject("corvane.DNA").As<corvane::DNA>();
-  Variant conn(cs), sql("select id,name,dept,pay from " + table), captions("编号,姓名,部门,工资");
-  dna->OpenDNA(conn, sql, captions);
-  dna->SetCodeSQL(Variant("id;name;select deptName,deptID from dept;pay"));
-  dna->DispList();
-  dna->CloseDNA();
-  page.End();
-  size_t bytes = 0;
-  for (const std::string& w : page.Response().Writes()) bytes += w.size();
-  return bytes;
-}
-
 // ---- measuring
-
-double Ms(Clock::duration d) { return std::chrono::duration<double, std::milli>(d).count(); }
-
-double CpuMs() {
-  timespec ts{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &ts);
-  return static_cast<double>(ts.tv_sec) * 1e3 + static_cast<double>(ts.tv_nsec) / 1e6;
-}
 
 double Median(std::vector<double> v) {
   std::sort(v.begin(), v.end());
@@ -234,8 +201,9 @@ int main(int argc, char** argv) {
     for (bool sorted : {false, true}) {
       for (int page : {1, 1638}) {
         const Case c{sorted, page};
-        corvane::host::Session session = PageSession(sorted);
-        const size_t pageBytes = DnaPage(cs, table, c, session);  // warm: pool, statements, caches
+        corvane::host::Session session = bench::ListPageSession(sorted);
+        const size_t pageBytes =
+            bench::ViewListPage(cs, table, c.page, session);  // warm: pool, statements, caches
         floor->Page(table, c);
         if (pageBytes < 1000)
           throw std::runtime_error("the DNA page wrote only " + std::to_string(pageBytes) + " bytes");
@@ -243,14 +211,14 @@ int main(int argc, char** argv) {
         for (int i = 0; i < rounds; ++i) {
           for (int turn = 0; turn < 2; ++turn) {
             const bool dnaTurn = (turn == 0) == (i % 2 == 0);
-            const double cpu = CpuMs();
+            const double cpu = CpuMs(CLOCK_PROCESS_CPUTIME_ID);
             const auto t = Clock::now();
             if (dnaTurn)
-              DnaPage(cs, table, c, session);
+              bench::ViewListPage(cs, table, c.page, session);
             else
               floor->Page(table, c);
             (dnaTurn ? dna : alone).push_back(Ms(Clock::now() - t));
-            (dnaTurn ? dnaCpu : aloneCpu).push_back(CpuMs() - cpu);
+            (dnaTurn ? dnaCpu : aloneCpu).push_back(CpuMs(CLOCK_PROCESS_CPUTIME_ID) - cpu);
           }
         }
         const double d = Median(dna), f = Median(alone);

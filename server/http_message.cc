@@ -31,17 +31,6 @@ void HttpReply::SetContent(std::string content, std::string contentType) {
   if (!contentType.empty()) Set("Content-Type", std::move(contentType));
 }
 
-namespace {
-
-int HexValue(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
-
-}  // namespace
-
 bool SplitTarget(std::string_view target, std::string& path, std::string& query) {
   if (size_t scheme = target.find("://"); scheme != std::string_view::npos && target.front() != '/') {
     size_t slash = target.find('/', scheme + 3);
@@ -52,19 +41,9 @@ bool SplitTarget(std::string_view target, std::string& path, std::string& query)
   std::string_view rawPath = target.substr(0, q);
   query = q == std::string_view::npos ? "" : std::string(target.substr(q + 1));
   if (size_t hash = query.find('#'); hash != std::string::npos) query.erase(hash);
-  path.clear();
-  path.reserve(rawPath.size());
-  for (size_t i = 0; i < rawPath.size(); ++i) {
-    if (rawPath[i] != '%') {
-      path += rawPath[i];
-      continue;
-    }
-    int hi = i + 2 < rawPath.size() ? HexValue(rawPath[i + 1]) : -1;
-    int lo = hi < 0 ? -1 : HexValue(rawPath[i + 2]);
-    if (lo < 0) return false;
-    path += static_cast<char>(hi * 16 + lo);
-    i += 2;
-  }
+  std::optional<std::string> decoded = host::DecodeUrlPath(rawPath);
+  if (!decoded) return false;
+  path = std::move(*decoded);
   return true;
 }
 

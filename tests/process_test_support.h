@@ -1,15 +1,20 @@
-// The corvane-server program for tests: started on a free loopback port with a database and drive
-// folder of its own under the scratch folder, stopped with SIGTERM, killed when a test ends before.
+// Programs for tests: corvane-server started on a free loopback port with a database and drive
+// folder of its own under the scratch folder, stopped with SIGTERM, killed when a test ends before;
+// and what tests need to run other servers (ports, programs on PATH, start and reap).
 #pragma once
 
 #include <fcntl.h>
+#include <netinet/in.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -22,16 +27,82 @@
 
 namespace corvane::testing {
 
+inline std::string ReadAll(const std::filesystem::path& file) {
+  std::ifstream in(file);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
 // The first group of `pattern` (or the whole match) in what a program has written to `log`; "" when
 // it has not written it within 30 seconds (a fresh database is seeded first).
 inline std::string AwaitOutput(const std::filesystem::path& log, const std::string& pattern) {
   using namespace std::chrono_literals;
   for (int i = 0; i < 300; ++i, std::this_thread::sleep_for(100ms)) {
-    std::ifstream in(log);
-    std::string out((std::istreambuf_iterator<char>(in)), {});
+    const std::string out = ReadAll(log);
     if (std::smatch m; std::regex_search(out, m, std::regex(pattern))) return m[m.size() - 1];
   }
   return "";
+}
+
+// A port nobody listens on now (the system's pick for a socket bound and closed at once).
+inline int FreePort() {
+  int fd = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in a{};
+  a.sin_family = AF_INET;
+  a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  bind(fd, reinterpret_cast<sockaddr*>(&a), sizeof a);
+  socklen_t n = sizeof a;
+  getsockname(fd, reinterpret_cast<sockaddr*>(&a), &n);
+  close(fd);
+  return ntohs(a.sin_port);
+}
+
+// Whether something accepts connections on the loopback port.
+inline bool Listening(int port) {
+  int fd = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in a{};
+  a.sin_family = AF_INET;
+  a.sin_port = htons(static_cast<uint16_t>(port));
+  a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  bool ok = connect(fd, reinterpret_cast<sockaddr*>(&a), sizeof a) == 0;
+  close(fd);
+  return ok;
+}
+
+// The path of a program on PATH, "" when missing.
+inline std::string FindProgram(const std::string& name) {
+  std::string path(512, '\0');
+  FILE* p = popen(("PATH=$PATH:/usr/sbin command -v " + name).c_str(), "r");
+  path.resize(p && fgets(path.data(), static_cast<int>(path.size()), p) ? std::strlen(path.c_str()) : 0);
+  if (p) pclose(p);
+  while (!path.empty() && path.back() == '\n') path.pop_back();
+  return path;
+}
+
+// Starts `args` with stdout and stderr to `log`; the child's pid.
+inline pid_t Spawn(const std::vector<std::string>& args, const std::filesystem::path& log) {
+  pid_t pid = fork();
+  if (pid == 0) {
+    int fd = open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
+    dup2(fd, 1), dup2(fd, 2);
+    std::vector<char*> argv;
+    for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+    execv(argv[0], argv.data());
+    _exit(127);
+  }
+  return pid;
+}
+
+// Sends `sig` and reaps the child (SIGKILL after 10 s).
+inline void Reap(pid_t& pid, int sig = SIGTERM) {
+  using namespace std::chrono_literals;
+  if (pid <= 0) return;
+  kill(pid, sig);
+  for (int i = 0; i < 200; ++i, std::this_thread::sleep_for(50ms))
+    if (waitpid(pid, nullptr, WNOHANG) == pid) return void(pid = -1);
+  kill(pid, SIGKILL);
+  waitpid(pid, nullptr, 0);
+  pid = -1;
 }
 
 // A number from /proc/PID/status, such as VmRSS or VmHWM (in KiB); -1 when the process is gone.

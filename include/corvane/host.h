@@ -102,6 +102,9 @@ std::string HtmlEncode(std::string_view text);
 
 // Parses "a=1&b=%C4%E3" (with "+" as blank), decoding names and values from the code page.
 ValueCollection ParseUrlEncoded(std::string_view text, int codePage);
+// The bytes of an URL path: each "%XX" decoded ("+" stays as it is); nullopt when a "%" is not
+// followed by two hex digits.
+std::optional<std::string> DecodeUrlPath(std::string_view path);
 // Parses a Cookie header ("a=1; b=x%20y"), decoding the values from the code page.
 ValueCollection ParseCookies(std::string_view header, int codePage);
 // Escapes text for an URL query in the code page ("a b" -> "a+b", "中" -> "%D6%D0" in 936).

@@ -18,6 +18,7 @@
 #include "ado/sql_dialect.h"
 
 #include <algorithm>
+#include <functional>
 #include <unordered_map>
 
 #include "ado/sql_tokens.h"
@@ -293,15 +294,17 @@ std::string Adapt(Dialect dialect, std::string_view sql) {
   if (dialect == Dialect::SqlServer) return std::string(sql);
   constexpr size_t kCachedStatements = 512, kLongestCached = 4096;
   if (sql.size() > kLongestCached) return AdaptUncached(dialect, sql);
-  thread_local std::unordered_map<std::string, std::string> cache;
-  std::string key;
-  key.reserve(sql.size() + 1);
-  key.push_back(static_cast<char>('0' + static_cast<int>(dialect)));
-  key.append(sql);
-  if (auto it = cache.find(key); it != cache.end()) return it->second;
+  // Found by the text as given (no key is built for a lookup); one cache per dialect.
+  struct Hash {
+    using is_transparent = void;
+    size_t operator()(std::string_view s) const { return std::hash<std::string_view>{}(s); }
+  };
+  thread_local std::unordered_map<std::string, std::string, Hash, std::equal_to<>> caches[4];
+  auto& cache = caches[static_cast<int>(dialect)];
+  if (auto it = cache.find(sql); it != cache.end()) return it->second;
   std::string adapted = AdaptUncached(dialect, sql);
   if (cache.size() >= kCachedStatements) cache.clear();
-  cache.emplace(std::move(key), adapted);
+  cache.emplace(std::string(sql), adapted);
   return adapted;
 }
 

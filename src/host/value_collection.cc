@@ -3,6 +3,7 @@
 
 #include "corvane/host.h"
 #include "corvane/text.h"
+#include "runtime/hex_digit.h"
 
 namespace corvane::host {
 
@@ -39,13 +40,6 @@ std::vector<std::string> ValueCollection::Names() const {
 
 namespace {
 
-int HexValue(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
-
 // "+" is a blank and "%XX" a byte; a "%" not followed by two hex digits stays as it is.
 std::string PercentDecode(std::string_view s) {
   std::string out;
@@ -54,8 +48,8 @@ std::string PercentDecode(std::string_view s) {
     char c = s[i];
     if (c == '+') {
       out += ' ';
-    } else if (c == '%' && i + 2 < s.size() && HexValue(s[i + 1]) >= 0 && HexValue(s[i + 2]) >= 0) {
-      out += static_cast<char>(HexValue(s[i + 1]) * 16 + HexValue(s[i + 2]));
+    } else if (c == '%' && i + 2 < s.size() && HexDigitValue(s[i + 1]) >= 0 && HexDigitValue(s[i + 2]) >= 0) {
+      out += static_cast<char>(HexDigitValue(s[i + 1]) * 16 + HexDigitValue(s[i + 2]));
       i += 2;
     } else {
       out += c;
@@ -65,6 +59,23 @@ std::string PercentDecode(std::string_view s) {
 }
 
 }  // namespace
+
+std::optional<std::string> DecodeUrlPath(std::string_view path) {
+  std::string out;
+  out.reserve(path.size());
+  for (size_t i = 0; i < path.size(); ++i) {
+    if (path[i] != '%') {
+      out += path[i];
+      continue;
+    }
+    const int hi = i + 2 < path.size() ? HexDigitValue(path[i + 1]) : -1;
+    const int lo = hi < 0 ? -1 : HexDigitValue(path[i + 2]);
+    if (lo < 0) return std::nullopt;
+    out += static_cast<char>(hi * 16 + lo);
+    i += 2;
+  }
+  return out;
+}
 
 ValueCollection ParseUrlEncoded(std::string_view text, int codePage) {
   ValueCollection out;

@@ -10,6 +10,7 @@
 #include "corvane/codepage.h"
 #include "corvane/error.h"
 #include "corvane/text.h"
+#include "runtime/hex_digit.h"
 #include "runtime/utf8.h"
 #include "script/builtins_support.h"
 
@@ -247,13 +248,6 @@ std::string EscapeText(std::string_view s) {
   return out;
 }
 
-int HexDigit(char16_t c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  return -1;
-}
-
 // Unescape: %XX and %uXXXX back to their units; a "%" that starts neither stays as it is.
 std::string UnescapeText(std::string_view s) {
   const std::u16string in = ToUtf16(s);
@@ -262,7 +256,7 @@ std::string UnescapeText(std::string_view s) {
     if (at + n > in.size()) return -1;
     int v = 0;
     for (size_t k = 0; k < n; ++k) {
-      const int d = HexDigit(in[at + k]);
+      const int d = HexDigitValue(in[at + k]);
       if (d < 0) return -1;
       v = v * 16 + d;
     }

@@ -8,6 +8,7 @@
 
 #include "corvane/dates.h"
 #include "corvane/text.h"
+#include "runtime/hex_digit.h"
 #include "script/date_literal.h"
 #include "script/vbs_errors.h"
 
@@ -42,12 +43,6 @@ bool IsAlpha(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 bool IsWordChar(char c) { return IsAlpha(c) || IsDigit(c) || c == '_'; }
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\f' || c == '\v'; }
-int HexValue(char c) {
-  if (IsDigit(c)) return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
 
 bool MatchesNoCase(std::string_view s, size_t i, std::string_view word) {
   return s.size() - i >= word.size() && EqualsNoCase(s.substr(i, word.size()), word);
@@ -331,7 +326,7 @@ class Lexer {
     uint64_t value = 0;
     size_t digits = 0;
     while (p < s_.size()) {
-      int d = HexValue(s_[p]);
+      int d = HexDigitValue(s_[p]);
       if (d < 0 || d >= radix) break;
       value = value * radix + d;
       if (value > 0xFFFFFFFFull) throw LexError{kInvalidNumber, start};

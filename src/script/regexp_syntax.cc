@@ -24,6 +24,7 @@
 #include <string_view>
 
 #include "corvane/error.h"
+#include "runtime/hex_digit.h"
 #include "runtime/utf8.h"
 #include "script/regexp_engine.h"
 
@@ -37,12 +38,6 @@ bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 bool IsOctal(char c) { return c >= '0' && c <= '7'; }
 bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 bool IsAsciiAlnum(char c) { return IsDigit(c) || IsLetter(c); }
-int HexValue(char c) {
-  if (IsDigit(c)) return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
 bool IsClassEscape(char c) { return c == 'd' || c == 'D' || c == 'w' || c == 'W' || c == 's' || c == 'S'; }
 
 // The number of capturing groups: "(" not followed by "?", outside classes and escapes.
@@ -232,8 +227,8 @@ class Translator {
         }
         return true;
       case 'x':
-        if (i_ + 2 < p_.size() && HexValue(p_[i_ + 1]) >= 0 && HexValue(p_[i_ + 2]) >= 0) {
-          EmitCode(HexValue(p_[i_ + 1]) * 16 + HexValue(p_[i_ + 2]));
+        if (i_ + 2 < p_.size() && HexDigitValue(p_[i_ + 1]) >= 0 && HexDigitValue(p_[i_ + 2]) >= 0) {
+          EmitCode(HexDigitValue(p_[i_ + 1]) * 16 + HexDigitValue(p_[i_ + 2]));
           i_ += 3;
         } else {
           Literal("x", last_);
@@ -249,7 +244,7 @@ class Translator {
     if (at + 4 >= p_.size()) return -1;
     int32_t v = 0;
     for (size_t k = 1; k <= 4; ++k) {
-      const int h = HexValue(p_[at + k]);
+      const int h = HexDigitValue(p_[at + k]);
       if (h < 0) return -1;
       v = v * 16 + h;
     }

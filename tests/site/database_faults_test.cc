@@ -8,13 +8,10 @@
 //
 // Runs when CORVANE_TEST_PG is set (scripts/test.sh starts the servers): it names the ODBC driver,
 // and CORVANE_TEST_DB_DIR the folder whose owner runs PostgreSQL when the tests run as root.
-#include <arpa/inet.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <httplib.h>
-#include <netinet/in.h>
 #include <pwd.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
 
 #include <chrono>
@@ -36,6 +33,8 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
+using corvane::testing::FreePort;
+using corvane::testing::ReadAll;
 using corvane::testing::ServerProcess;
 using ::testing::AllOf;
 using ::testing::AnyOf;
@@ -43,24 +42,6 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 
 constexpr const char* kPassword = "c0rv;fault-9e2b7d";  // a ";" in it: braces in the string
-
-std::string ReadAll(const fs::path& file) {
-  std::ifstream in(file);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
-// A loopback port nothing listens on (bound and let go).
-int FreePort() {
-  const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in a{};
-  a.sin_family = AF_INET;
-  a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof a;
-  ::bind(fd, reinterpret_cast<sockaddr*>(&a), sizeof a);
-  ::getsockname(fd, reinterpret_cast<sockaddr*>(&a), &length);
-  ::close(fd);
-  return ntohs(a.sin_port);
-}
 
 // A PostgreSQL cluster of its own: a role "corvane" with kPassword over TCP, the superuser over the
 // socket only; stopped and removed with the object.
@@ -143,13 +124,9 @@ struct Launch {
     fs::create_directories(dir);
     log = dir / "output.txt";
     const Clock::time_point start = Clock::now();
-    pid = fork();
-    if (pid == 0) {
-      dup2(open(log.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 1), dup2(1, 2);
-      execl(CORVANE_SERVER_BINARY, CORVANE_SERVER_BINARY, "--port", "0", "--db", connection.c_str(),
-            "--drives", (dir / "drives").c_str(), "--no-access-log", static_cast<char*>(nullptr));
-      _exit(127);
-    }
+    pid = corvane::testing::Spawn({CORVANE_SERVER_BINARY, "--port", "0", "--db", connection, "--drives",
+                                   (dir / "drives").string(), "--no-access-log"},
+                                  log);
     while (Clock::now() - start < limit) {
       if (waitpid(pid, &status, WNOHANG) == pid) {
         pid = -1;
@@ -161,7 +138,7 @@ struct Launch {
     seconds = std::chrono::duration<double>(Clock::now() - start).count();
   }
   ~Launch() {
-    if (pid > 0) kill(pid, SIGKILL), waitpid(pid, nullptr, 0);
+    corvane::testing::Reap(pid, SIGKILL);
     std::error_code ec;
     fs::remove_all(log.parent_path(), ec);
   }

@@ -16,44 +16,18 @@ std::shared_ptr<OdbcPool> OdbcPool::For(const OdbcTarget& target) {
 }
 
 std::unique_ptr<OdbcConnection> OdbcPool::Take() {
-  while (true) {
-    std::unique_ptr<OdbcConnection> connection;
-    {
-      std::lock_guard lock(mu_);
-      if (idle_.empty()) break;
-      connection = std::move(idle_.back());
-      idle_.pop_back();
-    }
-    if (connection->Alive()) return connection;
-    // Gone with the server: closed here, and the next one tried.
-  }
-  return OdbcConnection::Open(target_.text, target_.secret);
+  // An idle connection whose server went away is closed here, and the next one tried.
+  std::unique_ptr<OdbcConnection> connection = idle_.Take([](OdbcConnection& c) { return c.Alive(); });
+  return connection ? std::move(connection) : OdbcConnection::Open(target_.text, target_.secret);
 }
 
 void OdbcPool::Give(std::unique_ptr<OdbcConnection> connection, bool broken) {
-  if (!connection || broken || !connection->ResetForReuse()) return;
-  {
-    std::lock_guard lock(mu_);
-    if (idle_.size() < kMaxIdle) {
-      idle_.push_back(std::move(connection));
-      return;
-    }
-  }
-  connection.reset();  // closed outside the lock
+  if (connection && !broken && connection->ResetForReuse()) idle_.Keep(std::move(connection));
 }
 
-size_t OdbcPool::IdleCount() const {
-  std::lock_guard lock(mu_);
-  return idle_.size();
-}
+size_t OdbcPool::IdleCount() const { return idle_.Count(); }
 
-void OdbcPool::CloseIdle() {
-  std::vector<std::unique_ptr<OdbcConnection>> closing;
-  {
-    std::lock_guard lock(mu_);
-    closing.swap(idle_);
-  }
-}
+void OdbcPool::CloseIdle() { idle_.CloseAll(); }
 
 void CloseIdleOdbcConnections(std::string_view connectionString) {
   if (std::optional<OdbcTarget> target = OdbcTargetOf(ConnectionString::Parse(connectionString)))

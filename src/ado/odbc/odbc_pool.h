@@ -8,11 +8,10 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
-#include <vector>
 
+#include "ado/idle_handles.h"
 #include "ado/odbc/odbc_connection.h"
 #include "ado/odbc/odbc_connection_text.h"
 
@@ -24,7 +23,7 @@ class OdbcPool {
 
   static std::shared_ptr<OdbcPool> For(const OdbcTarget& target);
 
-  explicit OdbcPool(OdbcTarget target) : target_(std::move(target)) {}
+  explicit OdbcPool(OdbcTarget target) : target_(std::move(target)), idle_(kMaxIdle) {}
 
   std::unique_ptr<OdbcConnection> Take();
   void Give(std::unique_ptr<OdbcConnection> connection, bool broken);
@@ -33,8 +32,7 @@ class OdbcPool {
 
  private:
   const OdbcTarget target_;
-  mutable std::mutex mu_;
-  std::vector<std::unique_ptr<OdbcConnection>> idle_;
+  IdleHandles<OdbcConnection> idle_;
 };
 
 // For tests and hosts: closes the idle connections pooled for `connectionString` (before its

@@ -1,6 +1,7 @@
 #include "ado/sqlite/sqlite_pool.h"
 
 #include <filesystem>
+#include <mutex>
 #include <unordered_map>
 
 namespace corvane::ado::detail {
@@ -18,38 +19,19 @@ std::shared_ptr<SqlitePool> SqlitePool::For(const std::string& path) {
 }
 
 std::unique_ptr<SqliteHandle> SqlitePool::Take() {
-  while (true) {
-    std::unique_ptr<SqliteHandle> handle;
-    {
-      std::lock_guard lock(mu_);
-      if (idle_.empty()) break;
-      handle = std::move(idle_.back());
-      idle_.pop_back();
-    }
-    // A handle keeps its file open even after the file was moved or deleted: what it wrote then
-    // would go to a file nobody opens again. Such a handle is closed, and the path opened anew.
+  // A handle keeps its file open even after the file was moved or deleted: what it wrote then
+  // would go to a file nobody opens again. Such a handle is closed, and the path opened anew.
+  std::unique_ptr<SqliteHandle> handle = idle_.Take([](SqliteHandle& h) {
     int moved = 0;
-    if (sqlite3_file_control(handle->db(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && !moved)
-      return handle;
-  }
-  return SqliteHandle::Open(path_);
+    return sqlite3_file_control(h.db(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && !moved;
+  });
+  return handle ? std::move(handle) : SqliteHandle::Open(path_);
 }
 
 void SqlitePool::Give(std::unique_ptr<SqliteHandle> handle) {
-  if (!handle || !handle->ResetForReuse()) return;
-  {
-    std::lock_guard lock(mu_);
-    if (idle_.size() < kMaxIdle) {
-      idle_.push_back(std::move(handle));
-      return;
-    }
-  }
-  handle.reset();  // closed outside the lock
+  if (handle && handle->ResetForReuse()) idle_.Keep(std::move(handle));
 }
 
-size_t SqlitePool::IdleCount() const {
-  std::lock_guard lock(mu_);
-  return idle_.size();
-}
+size_t SqlitePool::IdleCount() const { return idle_.Count(); }
 
 }  // namespace corvane::ado::detail

@@ -7,10 +7,9 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <string>
-#include <vector>
 
+#include "ado/idle_handles.h"
 #include "ado/sqlite/sqlite_handle.h"
 
 namespace corvane::ado::detail {
@@ -22,7 +21,7 @@ class SqlitePool {
   // The pool of the database at `path` (made absolute, so spellings of one file share a pool).
   static std::shared_ptr<SqlitePool> For(const std::string& path);
 
-  explicit SqlitePool(std::string path) : path_(std::move(path)) {}
+  explicit SqlitePool(std::string path) : path_(std::move(path)), idle_(kMaxIdle) {}
 
   // An idle handle, the most recently returned first, or a newly opened one (which may raise).
   std::unique_ptr<SqliteHandle> Take();
@@ -31,8 +30,7 @@ class SqlitePool {
 
  private:
   const std::string path_;
-  mutable std::mutex mu_;
-  std::vector<std::unique_ptr<SqliteHandle>> idle_;
+  IdleHandles<SqliteHandle> idle_;
 };
 
 }  // namespace corvane::ado::detail
