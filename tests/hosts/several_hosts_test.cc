@@ -6,7 +6,6 @@
 // Skipped when redis-server or nginx is not installed.
 #include <gtest/gtest.h>
 #include <httplib.h>
-#include <sqlite3.h>
 
 #include <fstream>
 #include <future>
@@ -17,9 +16,11 @@
 #include "corvane/host.h"
 #include "hosts/redis_process.h"
 #include "process_test_support.h"
+#include "site_database.h"
 
 namespace corvane::testing {
 namespace {
+using corvane::testing::Value;
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
@@ -51,20 +52,6 @@ Reply Send(int port, const std::string& method, std::string path, const Params& 
   const bool utf8 = res->get_header_value("Content-Type").find("utf-8") != std::string::npos;
   r.text = utf8 ? res->body : DecodeCodePage(res->body);
   return r;
-}
-
-std::string Query(const fs::path& database, const std::string& sql) {
-  sqlite3* db = nullptr;
-  sqlite3_open_v2(database.c_str(), &db, SQLITE_OPEN_READONLY, nullptr);
-  sqlite3_busy_timeout(db, 5000);
-  sqlite3_stmt* st = nullptr;
-  std::string out;
-  if (sqlite3_prepare_v2(db, sql.c_str(), -1, &st, nullptr) == SQLITE_OK && sqlite3_step(st) == SQLITE_ROW &&
-      sqlite3_column_text(st, 0))
-    out = reinterpret_cast<const char*>(sqlite3_column_text(st, 0));
-  sqlite3_finalize(st);
-  sqlite3_close(db);
-  return out;
 }
 
 // The test's own page: counts its session's visits, slowly, so that two at once would overlap.
@@ -168,7 +155,7 @@ class SeveralHostsTest : public ::testing::Test {
 TEST_F(SeveralHostsTest, ASessionSurvivesEitherProcessAndNothingEnteredIsLost) {
   const std::string cookie = SignIn("zhangwei");
   ASSERT_FALSE(cookie.empty());
-  const std::string person = Query(Database(), "select personID from person where loginName='zhangwei'");
+  const std::string person = Value(Database(), "select personID from person where loginName='zhangwei'");
   // The table pages, each through whichever process nginx picks: a lost session would send the
   // browser back to the sign-in page.
   auto walk = [&](const char* when) {
@@ -201,8 +188,8 @@ TEST_F(SeveralHostsTest, ASessionSurvivesEitherProcessAndNothingEnteredIsLost) {
                      {"planContent", "多主机计划"}});
   EXPECT_EQ(plan.status, 200);
 
-  EXPECT_EQ(Query(Database(), "select phone from contact where contactName='多主机联系人'"), "13900002222");
-  EXPECT_EQ(Query(Database(), "select personID from personPlan where planContent='多主机计划'"), person);
+  EXPECT_EQ(Value(Database(), "select phone from contact where contactName='多主机联系人'"), "13900002222");
+  EXPECT_EQ(Value(Database(), "select personID from personPlan where planContent='多主机计划'"), person);
   // Both processes served, the restarted one too (it never saw the sign-in).
   std::map<std::string, int> served = Upstreams();
   const std::string first = "127.0.0.1:" + std::to_string(ports_[0]);

@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <httplib.h>
-#include <sqlite3.h>
 
 #include <algorithm>
 #include <cctype>
@@ -20,8 +19,10 @@
 
 #include "corvane/codepage.h"
 #include "process_test_support.h"
+#include "site_database.h"
 
 namespace {
+using corvane::testing::Rows;
 
 namespace fs = std::filesystem;
 using ::testing::EndsWith;
@@ -81,27 +82,6 @@ std::string Encode(const Params& params) {
   std::string out;
   for (const auto& [name, value] : params)
     out += (out.empty() ? "" : "&") + escape(name) + "=" + escape(value);
-  return out;
-}
-
-// The rows of a query on the database, each as its values joined by "|" (NULL for a null).
-std::vector<std::string> Rows(const fs::path& database, const std::string& sql) {
-  std::vector<std::string> out;
-  sqlite3* db = nullptr;
-  sqlite3_stmt* rows = nullptr;
-  if (sqlite3_open_v2(database.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK &&
-      sqlite3_prepare_v2(db, sql.c_str(), -1, &rows, nullptr) == SQLITE_OK) {
-    while (sqlite3_step(rows) == SQLITE_ROW) {
-      std::string row;
-      for (int i = 0; i < sqlite3_column_count(rows); ++i) {
-        const unsigned char* v = sqlite3_column_text(rows, i);
-        row += (i ? "|" : "") + std::string(v ? reinterpret_cast<const char*>(v) : "NULL");
-      }
-      out.push_back(std::move(row));
-    }
-  }
-  sqlite3_finalize(rows);
-  sqlite3_close(db);
   return out;
 }
 

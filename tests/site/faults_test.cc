@@ -23,8 +23,10 @@
 
 #include "process_test_support.h"
 #include "raw_http_client.h"
+#include "site_database.h"
 
 namespace {
+using corvane::testing::Value;
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
@@ -92,40 +94,13 @@ fs::path UploadFolder(const ServerProcess& s) { return s.Drives() / "d" / "up" /
 
 // ---- the database
 
-// The first value of a query's first row, "" when there is none or the database cannot be read.
-std::string Value(const fs::path& database, const std::string& sql) {
-  sqlite3* db = nullptr;
-  sqlite3_stmt* stmt = nullptr;
-  std::string out;
-  if (sqlite3_open_v2(database.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK &&
-      sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr) == SQLITE_OK &&
-      sqlite3_step(stmt) == SQLITE_ROW && sqlite3_column_text(stmt, 0))
-    out = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0));
-  sqlite3_finalize(stmt);
-  sqlite3_close(db);
-  return out;
-}
-
 // Every row of the tables that the pages here write, in one text: equal texts, equal data.
 std::string Dump(const fs::path& database) {
   std::string out;
-  sqlite3* db = nullptr;
-  sqlite3_open_v2(database.c_str(), &db, SQLITE_OPEN_READONLY, nullptr);
-  for (const char* table : {"notice", "person", "upload", "personPlan"}) {
-    sqlite3_stmt* rows = nullptr;
-    sqlite3_prepare_v2(db, (std::string("select * from ") + table + " order by rowid").c_str(), -1, &rows,
-                       nullptr);
-    while (rows && sqlite3_step(rows) == SQLITE_ROW) {
-      out += table;
-      for (int i = 0; i < sqlite3_column_count(rows); ++i) {
-        const unsigned char* v = sqlite3_column_text(rows, i);
-        out += "|" + std::string(v ? reinterpret_cast<const char*>(v) : "NULL");
-      }
-      out += "\n";
-    }
-    sqlite3_finalize(rows);
-  }
-  sqlite3_close(db);
+  for (const char* table : {"notice", "person", "upload", "personPlan"})
+    for (const std::string& row :
+         corvane::testing::Rows(database, std::string("select * from ") + table + " order by rowid"))
+      out += std::string(table) + "|" + row + "\n";
   return out;
 }
 
