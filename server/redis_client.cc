@@ -52,6 +52,20 @@ RedisReply ReplyOf(const redisReply& r) {
   return out;
 }
 
+// Adds a command to the context's output buffer; false when it cannot (out of memory).
+bool Append(redisContext* context, const std::vector<std::string>& args) {
+  std::vector<const char*> argv;
+  std::vector<size_t> lengths;
+  argv.reserve(args.size());
+  lengths.reserve(args.size());
+  for (const std::string& a : args) {
+    argv.push_back(a.data());
+    lengths.push_back(a.size());
+  }
+  return redisAppendCommandArgv(context, static_cast<int>(args.size()), argv.data(), lengths.data()) ==
+         REDIS_OK;
+}
+
 }  // namespace
 
 RedisAddress ParseRedisUrl(std::string_view url) {
@@ -155,15 +169,7 @@ RedisReply RedisClient::Command(const std::vector<std::string>& args) { return S
 std::vector<RedisReply> RedisClient::Pipeline(const std::vector<std::vector<std::string>>& commands) {
   for (int attempt = 0;; ++attempt) {
     auto [c, reused] = Take();
-    for (const auto& args : commands) {
-      std::vector<const char*> argv;
-      std::vector<size_t> lengths;
-      for (const std::string& a : args) {
-        argv.push_back(a.data());
-        lengths.push_back(a.size());
-      }
-      redisAppendCommandArgv(c->context, static_cast<int>(args.size()), argv.data(), lengths.data());
-    }
+    for (const auto& args : commands) Append(c->context, args);
     std::vector<RedisReply> replies;
     for (size_t i = 0; i < commands.size(); ++i) {
       void* r = nullptr;
@@ -198,25 +204,19 @@ RedisReply RedisClient::Send(const std::vector<std::string>& args, bool errorRai
   return reply;
 }
 
-void RedisClient::Post(const std::vector<std::string>& args, std::function<void(const RedisReply&)> onReply) {
-  std::vector<const char*> argv;
-  std::vector<size_t> lengths;
-  for (const std::string& a : args) {
-    argv.push_back(a.data());
-    lengths.push_back(a.size());
-  }
+void RedisClient::Post(const std::vector<std::vector<std::string>>& commands,
+                       const std::function<void(const RedisReply&)>& onReply) {
   auto [c, reused] = Take();
+  for (const auto& args : commands)
+    if (!Append(c->context, args)) throw RedisError(Name() + ": " + c->context->errstr);
   int done = 0;
-  if (redisAppendCommandArgv(c->context, static_cast<int>(args.size()), argv.data(), lengths.data()) !=
-      REDIS_OK)
-    throw RedisError(Name() + ": " + c->context->errstr);
   while (!done)
     if (redisBufferWrite(c->context, &done) != REDIS_OK) {
       std::lock_guard lock(mu_);
       idle_.clear();
       throw RedisError(Name() + ": " + c->context->errstr);
     }
-  c->pending.push_back(std::move(onReply));
+  c->pending.insert(c->pending.end(), commands.size(), onReply);
   Give(std::move(c));
 }
 

@@ -67,12 +67,13 @@ class RedisClient {
                     const std::vector<std::string>& args);
   // Several commands in one round trip; their replies in order (error replies among them).
   std::vector<RedisReply> Pipeline(const std::vector<std::vector<std::string>>& commands);
-  // Sends a command without waiting for its reply: the reply is read before the connection's next
-  // command and handed to `onReply` then (on whichever thread sends that command; never, when the
-  // connection breaks first). Raises RedisError when the command cannot be sent. Commands of one
-  // connection run in the order they were sent, so a later command never overtakes it on the
+  // Sends commands without waiting for their replies: each reply is read before the connection's
+  // next command and handed to `onReply` then (on whichever thread sends that command; never, when
+  // the connection breaks first). Raises RedisError when the commands cannot be sent. Commands of
+  // one connection run in the order they were sent, so a later command never overtakes them on the
   // server.
-  void Post(const std::vector<std::string>& args, std::function<void(const RedisReply&)> onReply);
+  void Post(const std::vector<std::vector<std::string>>& commands,
+            const std::function<void(const RedisReply&)>& onReply);
   // "redis 127.0.0.1:6379/0", for messages.
   std::string Name() const;
 

@@ -156,8 +156,8 @@ std::string RedisSessions::Key(std::string_view kind, std::string_view id) const
 
 int64_t RedisSessions::Now() const { return options_.now(); }
 
-std::string RedisSessions::TtlOf(const host::SessionObject& session) const {
-  return std::to_string(int64_t{session.TimeoutMinutes()} * 60000);
+int64_t RedisSessions::TtlOf(const host::SessionObject& session) const {
+  return int64_t{session.TimeoutMinutes()} * 60000;
 }
 
 std::string RedisSessions::Record(host::SessionObject& session, const Claim& claim) const {
@@ -208,6 +208,9 @@ SharedSessions::Outcome RedisSessions::TryClaim(const std::string& id, host::Ses
     // after a broken connection finds its own token, and a busy session says how long to wait.
     std::string token = NewSessionId();
     const std::string lock = Key("lock:", id);
+    // Taken before the lock is asked for: it expires no sooner than lockExpiry after this. A tenth
+    // of it is left over for clocks and a slow server.
+    const auto asked = std::chrono::steady_clock::now();
     std::vector<RedisReply> r =
         redis_.Pipeline({{"SET", lock, token, "NX", "PX", std::to_string(options_.lockExpiry.count())},
                          {"GET", Key("s:", id)},
@@ -221,6 +224,7 @@ SharedSessions::Outcome RedisSessions::TryClaim(const std::string& id, host::Ses
       return Outcome::kBusy;
     }
     claim.token = token;
+    claim.sureUntil = asked + options_.lockExpiry * 9 / 10;
     LoadApplication(r[2]);
     if (r[1].kind == RedisReply::Kind::kNil) {  // no such session: the lock taken for it goes
       Unlock(id, claim);
@@ -262,9 +266,10 @@ bool RedisSessions::Create(const std::string& id, host::SessionObject& session, 
                            EndedSessions& ended) {
   claim.started = Now() / 1000;
   try {
-    RedisReply r = redis_.Script(scripts_->create, {Key("s:", id), Key("sessions")},
-                                 {Record(session, claim), TtlOf(session), id, std::to_string(Now()),
-                                  std::to_string(options_.maxSessions), options_.prefix});
+    RedisReply r =
+        redis_.Script(scripts_->create, {Key("s:", id), Key("sessions")},
+                      {Record(session, claim), std::to_string(TtlOf(session)), id, std::to_string(Now()),
+                       std::to_string(options_.maxSessions), options_.prefix});
     if (At(r, 0).integer == 0) return false;
     const RedisReply& made = At(r, 1);
     for (size_t i = 1; i < made.elements.size(); i += 2) {
@@ -289,9 +294,10 @@ bool RedisSessions::Create(const std::string& id, host::SessionObject& session, 
 bool RedisSessions::Move(const std::string& id, Claim& claim, const std::string& newId,
                          host::SessionObject& session) {
   try {
-    RedisReply r = redis_.Script(
-        scripts_->move, {Key("s:", id), Key("lock:", id), Key("s:", newId), Key("sessions")},
-        {claim.token, Record(session, claim), TtlOf(session), id, newId, std::to_string(Now())});
+    RedisReply r =
+        redis_.Script(scripts_->move, {Key("s:", id), Key("lock:", id), Key("s:", newId), Key("sessions")},
+                      {claim.token, Record(session, claim), std::to_string(TtlOf(session)), id, newId,
+                       std::to_string(Now())});
     if (r.integer == -1) {
       claim.token.clear();
       throw SessionStoreError("the session's lock expired while its page ran; it was not moved");
@@ -306,24 +312,27 @@ bool RedisSessions::Move(const std::string& id, Claim& claim, const std::string&
 
 void RedisSessions::Save(const std::string& id, Claim& claim, host::SessionObject& session) {
   // Sent without waiting: the page's reply need not wait for Redis's. The lock goes in the same
-  // script, so whoever takes the session next reads these values.
-  std::vector<std::string> command{"EVAL",
-                                   kSave,
-                                   "3",
-                                   Key("s:", id),
-                                   Key("lock:", id),
-                                   Key("sessions"),
-                                   claim.token,
-                                   Record(session, claim),
-                                   TtlOf(session),
-                                   id,
-                                   std::to_string(Now())};
+  // round trip, after the record, so whoever takes the session next reads these values. While the
+  // lock is surely still this page's, plain commands do it (a script costs Redis several times
+  // more); after that, only a script can tell whether it still is.
+  const std::string record = Record(session, claim);
+  const int64_t ttl = TtlOf(session), now = Now();
+  const bool sure = std::chrono::steady_clock::now() < claim.sureUntil;
+  std::vector<std::vector<std::string>> commands;
+  if (sure) {
+    commands = {{"SET", Key("s:", id), record, "PX", std::to_string(ttl)},
+                {"ZADD", Key("sessions"), std::to_string(now + ttl), id},
+                {"DEL", Key("lock:", id)}};
+  } else {
+    commands = {{"EVAL", kSave, "3", Key("s:", id), Key("lock:", id), Key("sessions"), claim.token, record,
+                 std::to_string(ttl), id, std::to_string(now)}};
+  }
   claim.token.clear();
   try {
-    redis_.Post(command, [log = log_, id](const RedisReply& r) {
+    redis_.Post(commands, [log = log_, id, sure](const RedisReply& r) {
       if (r.kind == RedisReply::Kind::kError)
         log("corvane-server: session " + ShortId(id) + ": its values could not be written: " + r.text);
-      else if (r.integer == 0)
+      else if (!sure && r.integer == 0)
         log("corvane-server: session " + ShortId(id) +
             ": its lock expired while its page ran; the page's session values were not written");
     });

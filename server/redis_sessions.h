@@ -11,9 +11,11 @@
 //   sessions    sorted set of the stored ids, scored by when each expires (the cap and Count)
 //   app         hash of the Application's values: lower-case key -> (key, value)
 //   app:lock    Application.Lock's lock across the processes
-// Every step that must be whole is one Lua script, run in one round trip: claiming a session (its
-// lock, its record and the Application's values), writing it back with the lock let go, moving it
-// to a new id, creating one (ending the sessions that must make room under the cap), removing it.
+// A page claims its session in one round trip of plain commands (its lock, its record and the
+// Application's values) and writes it back in another, sent without waiting, that lets go of the
+// lock last. Every other step that must be whole is one Lua script: moving a session to a new id,
+// creating one (ending the sessions that must make room under the cap), removing it, and writing
+// one back when its page ran so long that the lock may have expired.
 //
 // The Application: its values as the process set them before the first page (the connection
 // string) are the process's own; over them come the values in Redis, read at the start of every
@@ -83,7 +85,7 @@ class RedisSessions : public SharedSessions {
   std::string Key(std::string_view kind, std::string_view id = "") const;
   int64_t Now() const;
   std::string Record(host::SessionObject& session, const Claim& claim) const;
-  std::string TtlOf(const host::SessionObject& session) const;
+  int64_t TtlOf(const host::SessionObject& session) const;  // the idle timeout, ms
   // Application values from an HGETALL reply, over the process's own.
   void LoadApplication(const RedisReply& hash);
   void LockApplication();

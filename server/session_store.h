@@ -72,6 +72,9 @@ class SharedSessions {
   struct Claim {
     std::string token;    // of the session's lock; "" when none is held
     int64_t started = 0;  // the session's start, Unix seconds
+    // Until when the lock is surely still this request's, by this process's clock: its expiry
+    // cannot have passed yet, so nobody else can have taken it.
+    std::chrono::steady_clock::time_point sureUntil;
   };
   enum class Outcome { kMissing, kBusy, kHeld };
   // One try for the session of `id` ("" for a request without one, which only loads what every
