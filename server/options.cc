@@ -153,7 +153,8 @@ std::string OptionsUsage() {
          std::to_string(d.maxConnectionsPerClient) +
          ")\n"
          "  --sessions redis://HOST:PORT[/DB]  keep the sessions and Application values in Redis,\n"
-         "                       shared by every server given the same address (default: in this process)\n"
+         "                       shared by every server given the same address (default: in this process);\n"
+         "                       unix:///PATH[?db=DB] reaches a Redis on this machine by its socket\n"
          "  --tls-cert FILE, --tls-key FILE  serve HTTPS with this certificate chain and key (PEM)\n"
          "  --no-access-log      no access log lines on stdout\n"
          "  --log-json           access log lines as JSON objects\n";

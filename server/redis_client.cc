@@ -69,11 +69,23 @@ bool Append(redisContext* context, const std::vector<std::string>& args) {
 }  // namespace
 
 RedisAddress ParseRedisUrl(std::string_view url) {
-  constexpr std::string_view scheme = "redis://";
-  if (url.substr(0, scheme.size()) != scheme)
-    throw std::invalid_argument("expected redis://HOST:PORT[/DB], got '" + std::string(url) + "'");
-  std::string_view rest = url.substr(scheme.size());
+  constexpr std::string_view scheme = "redis://", unixScheme = "unix://";
   RedisAddress a;
+  if (url.substr(0, unixScheme.size()) == unixScheme) {
+    std::string_view path = url.substr(unixScheme.size());
+    if (size_t query = path.find("?db="); query != std::string_view::npos) {
+      a.db = PortOf(path.substr(query + 4), 1 << 20, "the database number");
+      path = path.substr(0, query);
+    }
+    if (path.empty() || path[0] != '/')
+      throw std::invalid_argument("expected unix:///PATH/TO/SOCKET[?db=DB], got '" + std::string(url) + "'");
+    a.socket = path;
+    return a;
+  }
+  if (url.substr(0, scheme.size()) != scheme)
+    throw std::invalid_argument("expected redis://HOST:PORT[/DB] or unix:///PATH[?db=DB], got '" +
+                                std::string(url) + "'");
+  std::string_view rest = url.substr(scheme.size());
   if (size_t slash = rest.find('/'); slash != std::string_view::npos) {
     a.db = PortOf(rest.substr(slash + 1), 1 << 20, "the database number");
     rest = rest.substr(0, slash);
@@ -102,11 +114,21 @@ struct RedisClient::Connection {
   redisContext* context = nullptr;
   // What to do with the replies of commands sent without waiting, in the order they were sent.
   std::deque<std::function<void(const RedisReply&)>> pending;
+  bool unsent = false;  // commands wait in the output buffer
   ~Connection() {
     if (context) redisFree(context);
   }
-  // Reads the replies still owed; false when the connection broke.
+  // Writes the output buffer out; false when the connection broke.
+  bool Flush() {
+    int done = 0;
+    while (!done)
+      if (redisBufferWrite(context, &done) != REDIS_OK) return false;
+    unsent = false;
+    return true;
+  }
+  // Sends what waits and reads the replies still owed; false when the connection broke.
   bool Settle() {
+    unsent = false;  // the first read writes the output buffer out first
     while (!pending.empty()) {
       void* r = nullptr;
       if (redisGetReply(context, &r) != REDIS_OK || !r) return false;
@@ -122,34 +144,72 @@ struct RedisClient::Connection {
 
 RedisClient::RedisClient(RedisAddress address, std::chrono::milliseconds connectTimeout,
                          std::chrono::milliseconds replyTimeout)
-    : address_(std::move(address)), connectTimeout_(connectTimeout), replyTimeout_(replyTimeout) {}
+    : address_(std::move(address)),
+      connectTimeout_(connectTimeout),
+      replyTimeout_(replyTimeout),
+      flusher_([this] { FlushLater(); }) {}
 
-RedisClient::~RedisClient() = default;
+RedisClient::~RedisClient() {
+  {
+    std::lock_guard lock(mu_);
+    stopping_ = true;
+  }
+  wake_.notify_one();
+  flusher_.join();
+  for (auto& c : idle_)
+    if (c->unsent) c->Flush();
+}
+
+// Posted commands wait a moment in their connection's buffer: most often the connection's next
+// command takes them along in its own write, and the server reads both at once. What no command
+// took along by then is written here.
+void RedisClient::FlushLater() {
+  std::unique_lock lock(mu_);
+  for (;;) {
+    wake_.wait(lock, [this] { return stopping_ || flushAt_; });
+    if (stopping_) return;
+    if (wake_.wait_until(lock, *flushAt_, [this] { return stopping_; })) return;
+    flushAt_.reset();
+    std::vector<std::unique_ptr<Connection>> waiting;
+    for (auto it = idle_.begin(); it != idle_.end();) {
+      if ((*it)->unsent) {
+        waiting.push_back(std::move(*it));
+        it = idle_.erase(it);
+      } else {
+        ++it;
+      }
+    }
+    if (waiting.empty()) continue;
+    lock.unlock();
+    std::erase_if(waiting, [](auto& c) { return !c->Flush(); });
+    lock.lock();
+    for (auto& c : waiting) idle_.push_back(std::move(c));
+  }
+}
 
 std::string RedisClient::Name() const {
-  return "redis " + address_.host + ":" + std::to_string(address_.port) + "/" + std::to_string(address_.db);
+  return "redis " +
+         (address_.socket.empty() ? address_.host + ":" + std::to_string(address_.port) : address_.socket) +
+         "/" + std::to_string(address_.db);
 }
 
 std::pair<std::unique_ptr<RedisClient::Connection>, bool> RedisClient::Take() {
-  for (;;) {
-    std::unique_ptr<Connection> c;
-    {
-      std::lock_guard lock(mu_);
-      if (idle_.empty()) break;
-      c = std::move(idle_.back());
-      idle_.pop_back();
-    }
-    if (c->Settle()) return {std::move(c), true};
-    // Broken while it lay idle (the server went away): the others go with it.
+  {
     std::lock_guard lock(mu_);
-    idle_.clear();
+    if (!idle_.empty()) {
+      auto c = std::move(idle_.back());
+      idle_.pop_back();
+      return {std::move(c), true};
+    }
   }
   auto c = std::make_unique<Connection>();
-  c->context = redisConnectWithTimeout(address_.host.c_str(), address_.port, TimevalOf(connectTimeout_));
+  c->context = address_.socket.empty()
+                   ? redisConnectWithTimeout(address_.host.c_str(), address_.port, TimevalOf(connectTimeout_))
+                   : redisConnectUnixWithTimeout(address_.socket.c_str(), TimevalOf(connectTimeout_));
   if (!c->context) throw RedisError(Name() + ": cannot make a connection");
   if (c->context->err) throw RedisError(Name() + ": cannot connect: " + c->context->errstr);
   redisSetTimeout(c->context, TimevalOf(replyTimeout_));
-  redisEnableKeepAlive(c->context);
+  if (address_.socket.empty()) redisEnableKeepAlive(c->context);
   if (address_.db != 0) {
     auto* r = static_cast<redisReply*>(redisCommand(c->context, "SELECT %d", address_.db));
     bool ok = r && r->type == REDIS_REPLY_STATUS;
@@ -170,8 +230,11 @@ std::vector<RedisReply> RedisClient::Pipeline(const std::vector<std::vector<std:
   for (int attempt = 0;; ++attempt) {
     auto [c, reused] = Take();
     for (const auto& args : commands) Append(c->context, args);
+    // One write carries these and whatever was posted before them; the replies owed to the posted
+    // ones come first.
+    const bool settled = c->Settle();
     std::vector<RedisReply> replies;
-    for (size_t i = 0; i < commands.size(); ++i) {
+    for (size_t i = 0; settled && i < commands.size(); ++i) {
       void* r = nullptr;
       if (redisGetReply(c->context, &r) != REDIS_OK || !r) break;
       replies.push_back(ReplyOf(*static_cast<redisReply*>(r)));
@@ -209,15 +272,15 @@ void RedisClient::Post(const std::vector<std::vector<std::string>>& commands,
   auto [c, reused] = Take();
   for (const auto& args : commands)
     if (!Append(c->context, args)) throw RedisError(Name() + ": " + c->context->errstr);
-  int done = 0;
-  while (!done)
-    if (redisBufferWrite(c->context, &done) != REDIS_OK) {
-      std::lock_guard lock(mu_);
-      idle_.clear();
-      throw RedisError(Name() + ": " + c->context->errstr);
-    }
   c->pending.insert(c->pending.end(), commands.size(), onReply);
-  Give(std::move(c));
+  c->unsent = true;
+  {
+    std::lock_guard lock(mu_);
+    idle_.push_back(std::move(c));
+    if (flushAt_) return;
+    flushAt_ = std::chrono::steady_clock::now() + kFlushDelay;
+  }
+  wake_.notify_one();
 }
 
 RedisReply RedisClient::Script(const RedisScript& script, const std::vector<std::string>& keys,

@@ -9,13 +9,16 @@
 #pragma once
 
 #include <chrono>
+#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -24,11 +27,12 @@ namespace corvane::server {
 struct RedisAddress {
   std::string host;
   int port = 6379;
+  std::string socket;  // a Unix socket's path: Redis on this machine, reached without TCP
   int db = 0;
 };
 
-// Parses "redis://HOST:PORT[/DB]" (the port may be left out: 6379). Raises std::invalid_argument
-// saying what is wrong.
+// Parses "redis://HOST:PORT[/DB]" (the port may be left out: 6379) or "unix:///PATH[?db=DB]".
+// Raises std::invalid_argument saying what is wrong.
 RedisAddress ParseRedisUrl(std::string_view url);
 
 struct RedisReply {
@@ -67,11 +71,12 @@ class RedisClient {
                     const std::vector<std::string>& args);
   // Several commands in one round trip; their replies in order (error replies among them).
   std::vector<RedisReply> Pipeline(const std::vector<std::vector<std::string>>& commands);
-  // Sends commands without waiting for their replies: each reply is read before the connection's
-  // next command and handed to `onReply` then (on whichever thread sends that command; never, when
-  // the connection breaks first). Raises RedisError when the commands cannot be sent. Commands of
-  // one connection run in the order they were sent, so a later command never overtakes them on the
-  // server.
+  // Sends commands without waiting for their replies. They wait in a connection's buffer for at
+  // most kFlushDelay, so that the next command on that connection carries them in its own write
+  // (one wake-up of the server instead of two). Each reply is read before the connection's next
+  // command and handed to `onReply` then (on whichever thread sends that command; never, when the
+  // connection breaks first). Commands of one connection run in the order they were posted, so a
+  // later command on it never overtakes them on the server.
   void Post(const std::vector<std::vector<std::string>>& commands,
             const std::function<void(const RedisReply&)>& onReply);
   // "redis 127.0.0.1:6379/0", for messages.
@@ -82,11 +87,18 @@ class RedisClient {
   std::pair<std::unique_ptr<Connection>, bool> Take();  // the connection, and whether it was idle
   void Give(std::unique_ptr<Connection> c);
   RedisReply Send(const std::vector<std::string>& args, bool errorRaises);
+  void FlushLater();  // the flusher thread
+
+  static constexpr std::chrono::milliseconds kFlushDelay{1};
 
   RedisAddress address_;
   std::chrono::milliseconds connectTimeout_, replyTimeout_;
   std::mutex mu_;
   std::vector<std::unique_ptr<Connection>> idle_;
+  std::condition_variable wake_;
+  std::optional<std::chrono::steady_clock::time_point> flushAt_;  // posted commands wait until then
+  bool stopping_ = false;
+  std::thread flusher_;
 };
 
 }  // namespace corvane::server

@@ -27,13 +27,31 @@ std::string ErrorOf(F f) {
   return "";
 }
 
+TEST(RedisAddressTest, UrlsNameAServerOrASocket) {
+  struct Case {
+    std::string url, host, socket;
+    int port, db;
+  };
+  for (const Case& c :
+       std::vector<Case>{{"redis://10.0.0.5:6380/2", "10.0.0.5", "", 6380, 2},
+                         {"redis://cache", "cache", "", 6379, 0},
+                         {"unix:///run/redis/redis.sock", "", "/run/redis/redis.sock", 6379, 0},
+                         {"unix:///tmp/r.sock?db=3", "", "/tmp/r.sock", 6379, 3}}) {
+    RedisAddress a = ParseRedisUrl(c.url);
+    EXPECT_EQ(std::tie(a.host, a.socket, a.port, a.db), std::tie(c.host, c.socket, c.port, c.db)) << c.url;
+  }
+  for (std::string bad : {"http://cache", "redis://:6379", "redis://cache:99999", "redis://cache/x",
+                          "unix://r.sock", "unix:///tmp/r.sock?db=x"})
+    EXPECT_THROW(ParseRedisUrl(bad), std::invalid_argument) << bad;
+}
+
 class RedisSessionsTest : public ::testing::Test {
  protected:
   void SetUp() override {
     if (!redis_.Available()) GTEST_SKIP() << "redis-server is not installed (bash scripts/deps.sh)";
   }
-  std::unique_ptr<RedisSessions> Process(RedisSessionsOptions o = {}) {
-    return std::make_unique<RedisSessions>(ParseRedisUrl(redis_.Url()), std::move(o),
+  std::unique_ptr<RedisSessions> Process(RedisSessionsOptions o = {}, const std::string& url = "") {
+    return std::make_unique<RedisSessions>(ParseRedisUrl(url.empty() ? redis_.Url() : url), std::move(o),
                                            [this](const std::string& line) { log_.push_back(line); });
   }
   RedisClient Client() { return RedisClient(ParseRedisUrl(redis_.Url()), 1s, 1s); }
@@ -59,7 +77,7 @@ class RedisSessionsTest : public ::testing::Test {
 };
 
 TEST_F(RedisSessionsTest, ASessionIsHeldByOneRequestAtATimeAcrossProcesses) {
-  auto a = Process(), b = Process();
+  auto a = Process(), b = Process({}, redis_.SocketUrl());  // b reaches Redis by its socket
   std::string id = Stored(*a, {{"personID", Variant(int32_t{7})}});
   host::SessionObject inA, inB;
   SharedSessions::Claim claimA, claimB;
