@@ -90,6 +90,15 @@ TEST(SeedTest, AFreshDatabaseIsSeededOnceWithTheOfficesData) {
   EXPECT_FALSE(Verifies(passwords["zhangwei"], "sysop"));
 }
 
+TEST(SeedTest, AnEarlierDatabaseGainsTheIndexesOfTheTablesItHas) {
+  corvane::testing::ScratchDatabase db;
+  db.Run({"create table person(personID INTEGER PRIMARY KEY, loginName VARCHAR(50), password VARCHAR(50))",
+          "create table accessPerson(accessGroupID INT, accessPersonID INT)"});
+  EXPECT_FALSE(PrepareDatabase(db.connectionString));
+  EXPECT_EQ(Count(db.connectionString, "select count(*) from sqlite_master where type='index'"), 1);
+  EXPECT_FALSE(PrepareDatabase(db.connectionString));  // made once
+}
+
 TEST(SeedTest, PlainTextPasswordsOfAnEarlierDatabaseBecomeHashesAtStart) {
   corvane::testing::ScratchDatabase db;
   const std::string hashed =
