@@ -177,4 +177,9 @@ const ClassInfo& ConnectionClass();
 const ClassInfo& RecordsetClass();
 const ClassInfo& FieldClass();
 
+// How many statements other than queries this process has run to their end, on any connection. It
+// moves after each one, so what was read before it moved may be stale; a cache of database
+// contents keeps the value it read them under and reads again once it differs.
+uint64_t ChangeCount();
+
 }  // namespace corvane::ado

@@ -8,8 +8,16 @@
 //   groups page, or the system account.
 // Refusals answer 403 and are logged. A page learns whether its person is an administrator from
 // Request.ServerVariables("CORVANE_ADMIN"): "1" or "".
+//
+// The menu links and each person's rights are read once and kept while they are surely current:
+// until this process runs any statement that writes (ado::ChangeCount), and for a second at most,
+// as another process (another server on the same database) may write them too. A right taken away
+// through this server holds from the next page; through another one, within that second.
 #pragma once
 
+#include <chrono>
+#include <functional>
+#include <memory>
 #include <string>
 
 #include "page_guard.h"
@@ -18,11 +26,15 @@ namespace corvane::site {
 
 class PageRights {
  public:
-  explicit PageRights(std::string connStr) : connStr_(std::move(connStr)) {}
+  using Clock = std::function<std::chrono::steady_clock::time_point()>;
+  explicit PageRights(std::string connStr, Clock clock = std::chrono::steady_clock::now);
   server::GuardVerdict operator()(const server::GuardRequest& request) const;
 
  private:
+  struct Cache;
   std::string connStr_;
+  Clock clock_;
+  std::shared_ptr<Cache> cache_;  // shared by the copies of this guard
 };
 
 }  // namespace corvane::site

@@ -1,6 +1,9 @@
 #include "page_rights.h"
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <chrono>
 
 #include "corvane/ado.h"
 #include "site.h"
@@ -19,14 +22,15 @@ class PageRightsTest : public ::testing::Test {
     delete db_;
     db_ = nullptr;
   }
-  // The verdict for a GET of `path` by the person (0: nobody signed in).
-  static server::GuardVerdict Ask(int32_t person, const std::string& name, const std::string& path) {
+  // The verdict for a GET of `path` by the person (0: nobody signed in), from `rights` or a new guard.
+  static server::GuardVerdict Ask(int32_t person, const std::string& name, const std::string& path,
+                                  const PageRights* rights = nullptr) {
     host::SessionObject session;
     if (person) {
       session.Set("personID", Variant(person));
       session.Set("personName", Variant(name));
     }
-    return PageRights(db_->connectionString)(
+    return (rights ? *rights : PageRights(db_->connectionString))(
         {.method = "GET", .sitePath = path, .session = session, .remoteAddr = "127.0.0.1"});
   }
   static corvane::testing::ScratchDatabase* db_;
@@ -72,8 +76,12 @@ TEST_F(PageRightsTest, APageOpensOnlyForThoseWhoseGroupsHoldAMenuEntryLeadingToI
     SCOPED_TRACE(std::to_string(c.person) + " " + c.path);
     server::GuardVerdict v = Ask(c.person, c.name, c.path);
     EXPECT_EQ(v.status, c.status);
-    if (c.status == 302) EXPECT_EQ(v.location, "/login.asp");
-    if (c.status == 403) EXPECT_NE(v.logLine.find(c.path), std::string::npos);
+    if (c.status == 302) {
+      EXPECT_EQ(v.location, "/login.asp");
+    }
+    if (c.status == 403) {
+      EXPECT_NE(v.logLine.find(c.path), std::string::npos);
+    }
     if (c.admin) {
       ASSERT_EQ(v.serverVariables.size(), 1u);
       EXPECT_EQ(v.serverVariables[0].first, "CORVANE_ADMIN");
@@ -82,14 +90,34 @@ TEST_F(PageRightsTest, APageOpensOnlyForThoseWhoseGroupsHoldAMenuEntryLeadingToI
   }
 }
 
-TEST_F(PageRightsTest, RightsChangedInTheDatabaseHoldFromTheNextPage) {
+TEST_F(PageRightsTest, RightsWrittenHereHoldFromTheNextPageAndWrittenElsewhereWithinASecond) {
+  auto now = std::chrono::steady_clock::now();
+  const PageRights rights(db_->connectionString, [&] { return now; });  // one guard, as a server keeps it
+  auto staff = [&] { return Ask(10, "徐涛", "/staff.asp", &rights).status; };
+  EXPECT_EQ(staff(), 403);
+
   ado::Connection conn;
   conn.Open(db_->connectionString);
   conn.Execute("insert into accessMenu(accessGroupID,accessMenuType,accessMenuID) values(3,1,31)");
-  EXPECT_EQ(Ask(10, "徐涛", "/staff.asp").status, 0);
+  EXPECT_EQ(staff(), 0);
   conn.Execute("delete from accessMenu where accessGroupID=3 and accessMenuID=31");
-  EXPECT_EQ(Ask(10, "徐涛", "/staff.asp").status, 403);
+  EXPECT_EQ(staff(), 403);
   conn.Close();
+
+  // Another process on the same database file writes without this one knowing.
+  sqlite3* other = nullptr;
+  ASSERT_EQ(sqlite3_open(db_->file.c_str(), &other), SQLITE_OK);
+  auto run = [&](const char* sql) {
+    ASSERT_EQ(sqlite3_exec(other, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+  };
+  run("insert into accessMenu(accessGroupID,accessMenuType,accessMenuID) values(3,1,31)");
+  EXPECT_EQ(staff(), 403);
+  now += std::chrono::seconds(1);
+  EXPECT_EQ(staff(), 0);
+  run("delete from accessMenu where accessGroupID=3 and accessMenuID=31");
+  now += std::chrono::seconds(1);
+  EXPECT_EQ(staff(), 403);
+  sqlite3_close(other);
 }
 
 TEST(PageRights, RightsThatCannotBeReadOpenNothingAndTheRefusalSaysWhy) {

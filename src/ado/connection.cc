@@ -35,7 +35,7 @@ const std::string& Connection::ConnectionString() const { return connectionStrin
 int32_t Connection::Execute(std::string_view sql, int options) {
   if (!IsOpen()) throw Error::ConnectionUnusable();
   detail::Session& session = *impl_->session;
-  int64_t changed = session.Prepare(session.Adapt(sql))->Run();
+  int64_t changed = detail::RunChanging(*session.Prepare(session.Adapt(sql)));
   return changed > INT32_MAX ? INT32_MAX : static_cast<int32_t>(changed);
 }
 

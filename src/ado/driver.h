@@ -39,6 +39,10 @@ class Cursor {
   virtual int64_t Run() = 0;
 };
 
+// Runs a statement that is not a query (Cursor::Run) and then moves ado::ChangeCount, also when it
+// fails partway: it may have changed something before it failed.
+int64_t RunChanging(Cursor& statement);
+
 class Session {
  public:
   virtual ~Session() = default;

@@ -8,7 +8,7 @@ namespace corvane::ado::detail {
 int64_t RecordsetImpl::Open(std::shared_ptr<Session> s, std::string_view text) {
   std::string sql = s->Adapt(text);
   std::unique_ptr<Cursor> c = s->Prepare(sql);
-  if (c->ColumnCount() == 0) return c->Run();
+  if (c->ColumnCount() == 0) return RunChanging(*c);
   Reset();
   int n = c->ColumnCount();
   names.reserve(n);
