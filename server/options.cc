@@ -24,14 +24,15 @@ long ToNumber(std::string_view name, std::string_view text, long min, long max) 
 
 }  // namespace
 
-int ServerOptions::DefaultWorkerThreads() {
-  return static_cast<int>(std::max(2u, 2 * std::thread::hardware_concurrency()));
+int ServerOptions::DefaultWorkerThreads(bool sharedSessions) {
+  return static_cast<int>(std::max(2u, (sharedSessions ? 4 : 2) * std::thread::hardware_concurrency()));
 }
 
 int ServerOptions::DefaultIoThreads() { return std::thread::hardware_concurrency() >= 2 ? 2 : 1; }
 
 ServerOptions ParseOptions(int argc, const char* const* argv, bool* help) {
   ServerOptions o;
+  bool threadsGiven = false;
   if (help) *help = false;
   for (int i = 1; i < argc; ++i) {
     std::string_view arg = argv[i];
@@ -69,6 +70,7 @@ ServerOptions ParseOptions(int argc, const char* const* argv, bool* help) {
       o.drives = value;
     } else if (name == "threads") {
       o.threads = static_cast<int>(ToNumber(name, value, 1, 1024));
+      threadsGiven = true;
     } else if (name == "io-threads") {
       o.ioThreads = static_cast<int>(ToNumber(name, value, 1, 64));
     } else if (name == "session-timeout") {
@@ -102,6 +104,7 @@ ServerOptions ParseOptions(int argc, const char* const* argv, bool* help) {
     }
   }
   if (o.tlsCert.empty() != o.tlsKey.empty()) throw OptionsError("--tls-cert and --tls-key go together");
+  if (!threadsGiven && !o.sessions.empty()) o.threads = ServerOptions::DefaultWorkerThreads(true);
   return o;
 }
 
@@ -123,8 +126,8 @@ std::string OptionsUsage() {
          ")\n"
          "  --drives DIR         drive root for uploads, sets CORVANE_DRIVE_ROOT (default ./drives)\n"
          "  --threads N          worker threads that run pages (default " +
-         std::to_string(d.threads) +
-         ")\n"
+         std::to_string(d.threads) + "; " + std::to_string(ServerOptions::DefaultWorkerThreads(true)) +
+         " with --sessions)\n"
          "  --io-threads N       threads that run the connections and static files (default " +
          std::to_string(d.ioThreads) +
          ")\n"

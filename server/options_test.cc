@@ -47,6 +47,9 @@ TEST(OptionsTest, TheHostsLimitsAndTls) {
   ServerOptions d;
   EXPECT_GE(d.threads, 2);  // twice the cores
   EXPECT_FALSE(d.logJson);
+  // Pages that also wait on Redis for their sessions get twice the workers, unless told otherwise.
+  EXPECT_EQ(Parse({"--sessions", "redis://cache"}).threads, 2 * d.threads);
+  EXPECT_EQ(Parse({"--sessions", "redis://cache", "--threads", "3"}).threads, 3);
 }
 
 TEST(OptionsTest, BadCommandLinesAreRefusedWithTheOptionNamed) {
