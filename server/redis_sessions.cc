@@ -1,6 +1,7 @@
 #include "redis_sessions.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <thread>
 
 #include "corvane/codepage.h"
@@ -85,6 +86,9 @@ class SessionValuesStore : public host::ContentsStore {
   void Remove(std::string_view) override {}
   void Clear() override {}
 };
+
+// How far the list of sessions may lag behind a session's expiry (ms).
+constexpr int64_t kListedSlack = 60000;
 
 const RedisReply& At(const RedisReply& r, size_t i) {
   if (r.kind != RedisReply::Kind::kArray || i >= r.elements.size())
@@ -204,8 +208,9 @@ SharedSessions::Outcome RedisSessions::TryClaim(const std::string& id, host::Ses
       return Outcome::kMissing;
     }
     // One round trip of plain commands (cheaper for Redis than a script): take the lock, read the
-    // record and the Application. The lock's holder and expiry come too: a command sent again
-    // after a broken connection finds its own token, and a busy session says how long to wait.
+    // record, its place in the list of sessions and the Application. Only when the lock is not
+    // taken does a second one ask who holds it and for how long: a command sent again after a
+    // broken connection finds its own token, and a busy session says how long to wait.
     std::string token = NewSessionId();
     const std::string lock = Key("lock:", id);
     // Taken before the lock is asked for: it expires no sooner than lockExpiry after this. A tenth
@@ -215,16 +220,21 @@ SharedSessions::Outcome RedisSessions::TryClaim(const std::string& id, host::Ses
         redis_.Pipeline({{"SET", lock, token, "NX", "PX", std::to_string(options_.lockExpiry.count())},
                          {"GET", Key("s:", id)},
                          {"HGETALL", Key("app")},
-                         {"GET", lock},
-                         {"PTTL", lock}});
+                         {"ZSCORE", Key("sessions"), id}});
     for (const RedisReply& each : r)
       if (each.kind == RedisReply::Kind::kError) throw RedisError(redis_.Name() + ": " + each.text);
-    if (r[3].text != token) {
-      retryIn = std::chrono::milliseconds(std::max<int64_t>(0, r[4].integer));
-      return Outcome::kBusy;
+    if (r[0].kind == RedisReply::Kind::kNil) {
+      std::vector<RedisReply> holder = redis_.Pipeline({{"GET", lock}, {"PTTL", lock}});
+      if (holder[0].text != token) {
+        retryIn = std::chrono::milliseconds(std::max<int64_t>(0, holder[1].integer));
+        return Outcome::kBusy;
+      }
     }
     claim.token = token;
     claim.sureUntil = asked + options_.lockExpiry * 9 / 10;
+    claim.listedUntil = r[3].kind == RedisReply::Kind::kText
+                            ? static_cast<int64_t>(std::strtod(r[3].text.c_str(), nullptr))
+                            : 0;
     LoadApplication(r[2]);
     if (r[1].kind == RedisReply::Kind::kNil) {  // no such session: the lock taken for it goes
       Unlock(id, claim);
@@ -320,9 +330,13 @@ void RedisSessions::Save(const std::string& id, Claim& claim, host::SessionObjec
   const bool sure = std::chrono::steady_clock::now() < claim.sureUntil;
   std::vector<std::vector<std::string>> commands;
   if (sure) {
-    commands = {{"SET", Key("s:", id), record, "PX", std::to_string(ttl)},
-                {"ZADD", Key("sessions"), std::to_string(now + ttl), id},
-                {"DEL", Key("lock:", id)}};
+    commands = {{"SET", Key("s:", id), record, "PX", std::to_string(ttl)}};
+    // The list of sessions (for the cap and Count) learns the new expiry when its own is a minute
+    // or more off (behind, or ahead after Session.Timeout was shortened): most pages of a busy
+    // session leave it alone.
+    if (std::llabs(now + ttl - claim.listedUntil) >= kListedSlack)
+      commands.push_back({"ZADD", Key("sessions"), std::to_string(now + ttl), id});
+    commands.push_back({"DEL", Key("lock:", id)});
   } else {
     commands = {{"EVAL", kSave, "3", Key("s:", id), Key("lock:", id), Key("sessions"), claim.token, record,
                  std::to_string(ttl), id, std::to_string(now)}};

@@ -8,7 +8,9 @@
 //   lock:<id>   the session's lock: the token of the request holding it, with an expiry
 //               (`lockExpiry`, past Server.ScriptTimeout) so a process that died holding it holds
 //               it no longer than that
-//   sessions    sorted set of the stored ids, scored by when each expires (the cap and Count)
+//   sessions    sorted set of the stored ids, scored by when each expires (the cap and Count); a
+//               score may lag its session's expiry by up to a minute, so that most pages need not
+//               write it
 //   app         hash of the Application's values: lower-case key -> (key, value)
 //   app:lock    Application.Lock's lock across the processes
 // A page claims its session in one round trip of plain commands (its lock, its record and the

@@ -95,10 +95,16 @@ TEST_F(RedisSessionsTest, ASessionIsHeldByOneRequestAtATimeAcrossProcesses) {
   ASSERT_EQ(outcome, Outcome::kHeld);
   EXPECT_EQ(inB.Get("page"), Variant("list"));
   EXPECT_EQ(inB.TimeoutMinutes(), 3);
-  // The idle timeout is the key's expiry, set again by every write.
+  // The idle timeout is the key's expiry, set again by every write; the list of sessions follows it
+  // when it moves by a minute or more.
   int64_t ttl = Client().Command({"PTTL", "corvane:s:" + id}).integer;
   EXPECT_GT(ttl, 170000);
   EXPECT_LE(ttl, 180000);
+  const double listed = std::stod(Client().Command({"ZSCORE", "corvane:sessions", id}).text);
+  const auto unixMs = std::chrono::duration_cast<std::chrono::milliseconds>(
+                          std::chrono::system_clock::now().time_since_epoch())
+                          .count();
+  EXPECT_NEAR(listed, static_cast<double>(unixMs + ttl), 60000);
   b->Unlock(id, claimB);
   EXPECT_EQ(Claim(*a, id, inA, claimA), Outcome::kHeld);
 }

@@ -75,6 +75,8 @@ class SharedSessions {
     // Until when the lock is surely still this request's, by this process's clock: its expiry
     // cannot have passed yet, so nobody else can have taken it.
     std::chrono::steady_clock::time_point sureUntil;
+    // When the shared store's list of sessions has it expire (Unix ms; 0: not listed, or unknown).
+    int64_t listedUntil = 0;
   };
   enum class Outcome { kMissing, kBusy, kHeld };
   // One try for the session of `id` ("" for a request without one, which only loads what every
