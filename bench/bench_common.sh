@@ -1,6 +1,17 @@
 # What the load benches share (sourced by bench/load_compare.sh and bench/hosts_compare.sh, from the
 # repository's root): the Release server, free loopback ports, signed-in sessions, wrk runs and the
-# goal checks. The caller sets $work (a scratch folder) and reads $result and $missed.
+# goal checks, and the check for the programs they need. The caller sets $work (a scratch folder) and
+# reads $result and $missed.
+
+# Stops with a hint unless every named program is found (nginx and redis-server live in /usr/sbin,
+# which a user's PATH may lack: it is added).
+require_tools() {  # program...
+  PATH=$PATH:/usr/sbin
+  local tool
+  for tool in "$@"; do
+    command -v "$tool" >/dev/null || { echo "$tool is missing: bash scripts/deps.sh" >&2; exit 1; }
+  done
+}
 
 # Builds build-bench's Release corvane-server unless $server names one already.
 build_bench_server() {

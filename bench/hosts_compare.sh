@@ -34,13 +34,8 @@ while [ $# -gt 0 ]; do
     *) echo "unknown option $1" >&2; exit 2 ;;
   esac
 done
-for tool in wrk nginx redis-server curl python3; do
-  command -v "$tool" >/dev/null || PATH=$PATH:/usr/sbin command -v "$tool" >/dev/null ||
-    { echo "$tool is missing: bash scripts/deps.sh" >&2; exit 1; }
-done
-PATH=$PATH:/usr/sbin
-
 . bench/bench_common.sh
+require_tools wrk nginx redis-server curl python3
 build_bench_server
 
 work=$(mktemp -d)
@@ -130,7 +125,10 @@ await_port "$nginx_two" nginx
 page_path="/contact.asp?action=list&page=3"
 sign_in_sessions "http://127.0.0.1:$port_local" "$work/cookies-local" "$sessions" "$page_path"
 sign_in_sessions "http://127.0.0.1:$nginx_two" "$work/cookies-redis" "$sessions" "$page_path"
-curl -s -f -H "Cookie: $(head -1 "$work/cookies-redis")" "http://127.0.0.1:$nginx_two$page_path" | grep -q '<table' ||
+# Read whole before it is searched: grep -q stops at the first match, and under pipefail the cut-off
+# curl would fail the check.
+page=$(curl -s -f -H "Cookie: $(head -1 "$work/cookies-redis")" "http://127.0.0.1:$nginx_two$page_path" || true)
+grep -q '<table' <<<"$page" ||
   { echo "the list page did not come back as a list through nginx" >&2; exit 1; }
 
 echo "list page $page_path, $sessions signed-in sessions round-robin; wrk 2 threads, 50 connections, ${duration} s"

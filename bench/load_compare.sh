@@ -33,11 +33,8 @@ while [ $# -gt 0 ]; do
     *) echo "unknown option $1" >&2; exit 2 ;;
   esac
 done
-for tool in wrk nginx curl python3; do
-  command -v "$tool" >/dev/null || { echo "$tool is missing: bash scripts/deps.sh" >&2; exit 1; }
-done
-
 . bench/bench_common.sh
+require_tools wrk nginx curl python3
 build_bench_server
 
 work=$(mktemp -d)

@@ -75,13 +75,18 @@ end
 return {1, redis.call('HGETALL', KEYS[2])})";
 
 // A session's values refuse objects at once, naming the key: they could not be written back.
+// `what` is "Session" or "Application", `kept` says where it is kept.
+void RequireStorable(std::string_view what, std::string_view key, const Variant& value,
+                     std::string_view kept) {
+  if (!IsStorable(value))
+    throw host::HostError(std::string(what) + "(\"" + std::string(key) + "\") cannot hold an object: " +
+                          std::string(kept) + " kept in Redis, shared by several servers (--sessions)");
+}
+
 class SessionValuesStore : public host::ContentsStore {
  public:
   void Set(std::string_view key, const Variant& value) override {
-    if (!IsStorable(value))
-      throw host::HostError("Session(\"" + std::string(key) +
-                            "\") cannot hold an object: the sessions are kept in Redis, shared by several "
-                            "servers (--sessions)");
+    RequireStorable("Session", key, value, "the sessions are");
   }
   void Remove(std::string_view) override {}
   void Clear() override {}
@@ -98,6 +103,22 @@ const RedisReply& At(const RedisReply& r, size_t i) {
 
 std::string ShortId(const std::string& id) { return id.substr(0, 8) + "..."; }
 
+// A session as its record has it.
+void Fill(host::SessionObject& s, const SessionRecord& record) {
+  s.SetTimeoutMinutes(record.timeoutMinutes);
+  if (record.codePage != 0 && IsSupportedCodePage(record.codePage)) s.SetCodePage(record.codePage);
+  s.SetLCID(record.lcid);
+  s.Values().Assign(record.values);
+}
+
+// A session that ends, for its Session_OnEnd.
+std::shared_ptr<host::SessionObject> Ending(const std::string& id, const SessionRecord& record) {
+  auto s = std::make_shared<host::SessionObject>();
+  s->AssignID(id);
+  Fill(*s, record);
+  return s;
+}
+
 }  // namespace
 
 struct RedisSessions::Scripts {
@@ -110,10 +131,7 @@ class RedisSessions::ApplicationStore : public host::ContentsStore {
  public:
   explicit ApplicationStore(RedisSessions& owner) : owner_(owner) {}
   void Set(std::string_view key, const Variant& value) override {
-    if (!IsStorable(value))
-      throw host::HostError("Application(\"" + std::string(key) +
-                            "\") cannot hold an object: the Application is kept in Redis, shared by several "
-                            "servers (--sessions)");
+    RequireStorable("Application", key, value, "the Application is");
     Write(key, {"HSET", owner_.Key("app"), LCase(key), EncodeNamedValue(key, value)});
   }
   void Remove(std::string_view key) override { Write(key, {"HDEL", owner_.Key("app"), LCase(key)}); }
@@ -251,21 +269,12 @@ SharedSessions::Outcome RedisSessions::TryClaim(const std::string& id, host::Ses
       return Outcome::kMissing;
     }
     claim.started = record.started;
-    auto fill = [&record](host::SessionObject& s) {
-      s.SetTimeoutMinutes(record.timeoutMinutes);
-      if (record.codePage != 0 && IsSupportedCodePage(record.codePage)) s.SetCodePage(record.codePage);
-      s.SetLCID(record.lcid);
-      s.Values().Assign(record.values);
-    };
     if (Now() / 1000 - record.started > options_.lifetime.count()) {
       Drop(id, claim);
-      auto over = std::make_shared<host::SessionObject>();
-      over->AssignID(id);
-      fill(*over);
-      ended.push_back(std::move(over));
+      ended.push_back(Ending(id, record));
       return Outcome::kMissing;
     }
-    fill(session);
+    Fill(session, record);
     return Outcome::kHeld;
   } catch (const RedisError& e) {
     throw SessionStoreError(e.what());
@@ -284,13 +293,7 @@ bool RedisSessions::Create(const std::string& id, host::SessionObject& session, 
     const RedisReply& made = At(r, 1);
     for (size_t i = 1; i < made.elements.size(); i += 2) {
       try {
-        SessionRecord record = DecodeSession(made.elements[i].text);
-        auto over = std::make_shared<host::SessionObject>();
-        over->AssignID(made.elements[i - 1].text);
-        over->SetTimeoutMinutes(record.timeoutMinutes);
-        over->SetLCID(record.lcid);
-        over->Values().Assign(record.values);
-        ended.push_back(std::move(over));
+        ended.push_back(Ending(made.elements[i - 1].text, DecodeSession(made.elements[i].text)));
       } catch (const CodecError&) {
         // Its Session_OnEnd cannot run: its values cannot be read.
       }

@@ -60,7 +60,7 @@ SessionStore::SessionStore(SessionLimits limits, Clock clock, EndHandler onEnd, 
       timeoutMinutes_(std::max<int>(1, static_cast<int>((limits.idleTimeout.count() + 59) / 60))),
       clock_(clock ? std::move(clock) : [] { return std::chrono::steady_clock::now(); }),
       onEnd_(std::move(onEnd)),
-      start_(std::move(start)),
+      start_(start ? std::move(start) : [](std::function<void()> job) { job(); }),
       shared_(std::move(shared)) {
   lastSweep_ = clock_();
   if (shared_) retries_ = std::make_unique<DelayedJobs>();
@@ -153,16 +153,12 @@ void SessionStore::Start(std::shared_ptr<Entry> entry, Job job) {
     auto run = [this, entry = std::move(entry), job = std::move(job), deadline]() mutable {
       RunShared(std::move(entry), std::move(job), deadline);
     };
-    return start_ ? start_(std::move(run)) : run();
+    return start_(std::move(run));
   }
-  auto run = [this, entry = std::move(entry), job = std::move(job)] {
+  start_([this, entry = std::move(entry), job = std::move(job)] {
     Lease lease(entry, entry->stored ? entry->key : entry->session->SessionID());
     RunHolding(entry, lease, job);
-  };
-  if (start_)
-    start_(std::move(run));
-  else
-    run();
+  });
 }
 
 void SessionStore::Release(const std::shared_ptr<Entry>& entry) {
@@ -349,11 +345,7 @@ void SessionStore::RunShared(std::shared_ptr<Entry> entry, Job job,
     retryIn = std::min(entry->backoff, retryIn + std::chrono::milliseconds(1));
     if (std::chrono::steady_clock::now() + retryIn < deadline) {
       retries_->After(retryIn, [this, entry, job, deadline] {
-        auto run = [this, entry, job, deadline] { RunShared(entry, job, deadline); };
-        if (start_)
-          start_(std::move(run));
-        else
-          run();
+        start_([this, entry, job, deadline] { RunShared(entry, job, deadline); });
       });
       return;
     }
