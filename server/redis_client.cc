@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <charconv>
-#include <deque>
 #include <functional>
 #include <utility>
 
@@ -112,33 +111,8 @@ RedisScript::RedisScript(std::string text) : source(std::move(text)) {
 
 struct RedisClient::Connection {
   redisContext* context = nullptr;
-  // What to do with the replies of commands sent without waiting, in the order they were sent.
-  std::deque<std::function<void(const RedisReply&)>> pending;
-  bool unsent = false;  // commands wait in the output buffer
   ~Connection() {
     if (context) redisFree(context);
-  }
-  // Writes the output buffer out; false when the connection broke.
-  bool Flush() {
-    int done = 0;
-    while (!done)
-      if (redisBufferWrite(context, &done) != REDIS_OK) return false;
-    unsent = false;
-    return true;
-  }
-  // Sends what waits and reads the replies still owed; false when the connection broke.
-  bool Settle() {
-    unsent = false;  // the first read writes the output buffer out first
-    while (!pending.empty()) {
-      void* r = nullptr;
-      if (redisGetReply(context, &r) != REDIS_OK || !r) return false;
-      RedisReply reply = ReplyOf(*static_cast<redisReply*>(r));
-      freeReplyObject(r);
-      auto onReply = std::move(pending.front());
-      pending.pop_front();
-      if (onReply) onReply(reply);
-    }
-    return true;
   }
 };
 
@@ -147,7 +121,7 @@ RedisClient::RedisClient(RedisAddress address, std::chrono::milliseconds connect
     : address_(std::move(address)),
       connectTimeout_(connectTimeout),
       replyTimeout_(replyTimeout),
-      flusher_([this] { FlushLater(); }) {}
+      sender_([this] { SendLoop(); }) {}
 
 RedisClient::~RedisClient() {
   {
@@ -155,36 +129,7 @@ RedisClient::~RedisClient() {
     stopping_ = true;
   }
   wake_.notify_one();
-  flusher_.join();
-  for (auto& c : idle_)
-    if (c->unsent) c->Flush();
-}
-
-// Posted commands wait a moment in their connection's buffer: most often the connection's next
-// command takes them along in its own write, and the server reads both at once. What no command
-// took along by then is written here.
-void RedisClient::FlushLater() {
-  std::unique_lock lock(mu_);
-  for (;;) {
-    wake_.wait(lock, [this] { return stopping_ || flushAt_; });
-    if (stopping_) return;
-    if (wake_.wait_until(lock, *flushAt_, [this] { return stopping_; })) return;
-    flushAt_.reset();
-    std::vector<std::unique_ptr<Connection>> waiting;
-    for (auto it = idle_.begin(); it != idle_.end();) {
-      if ((*it)->unsent) {
-        waiting.push_back(std::move(*it));
-        it = idle_.erase(it);
-      } else {
-        ++it;
-      }
-    }
-    if (waiting.empty()) continue;
-    lock.unlock();
-    std::erase_if(waiting, [](auto& c) { return !c->Flush(); });
-    lock.lock();
-    for (auto& c : waiting) idle_.push_back(std::move(c));
-  }
+  sender_.join();  // after it wrote out what was sent
 }
 
 std::string RedisClient::Name() const {
@@ -193,15 +138,7 @@ std::string RedisClient::Name() const {
          "/" + std::to_string(address_.db);
 }
 
-std::pair<std::unique_ptr<RedisClient::Connection>, bool> RedisClient::Take() {
-  {
-    std::lock_guard lock(mu_);
-    if (!idle_.empty()) {
-      auto c = std::move(idle_.back());
-      idle_.pop_back();
-      return {std::move(c), true};
-    }
-  }
+std::unique_ptr<RedisClient::Connection> RedisClient::Open() {
   auto c = std::make_unique<Connection>();
   c->context = address_.socket.empty()
                    ? redisConnectWithTimeout(address_.host.c_str(), address_.port, TimevalOf(connectTimeout_))
@@ -216,7 +153,19 @@ std::pair<std::unique_ptr<RedisClient::Connection>, bool> RedisClient::Take() {
     if (r) freeReplyObject(r);
     if (!ok) throw RedisError(Name() + ": the database cannot be selected");
   }
-  return {std::move(c), false};
+  return c;
+}
+
+std::pair<std::unique_ptr<RedisClient::Connection>, bool> RedisClient::Take() {
+  {
+    std::lock_guard lock(mu_);
+    if (!idle_.empty()) {
+      auto c = std::move(idle_.back());
+      idle_.pop_back();
+      return {std::move(c), true};
+    }
+  }
+  return {Open(), false};
 }
 
 void RedisClient::Give(std::unique_ptr<Connection> c) {
@@ -224,63 +173,100 @@ void RedisClient::Give(std::unique_ptr<Connection> c) {
   idle_.push_back(std::move(c));
 }
 
-RedisReply RedisClient::Command(const std::vector<std::string>& args) { return Send(args, true); }
-
-std::vector<RedisReply> RedisClient::Pipeline(const std::vector<std::vector<std::string>>& commands) {
+std::vector<RedisReply> RedisClient::Exchange(std::unique_ptr<Connection>& c, bool reused,
+                                              const std::vector<const std::vector<std::string>*>& commands) {
   for (int attempt = 0;; ++attempt) {
-    auto [c, reused] = Take();
-    for (const auto& args : commands) Append(c->context, args);
-    // One write carries these and whatever was posted before them; the replies owed to the posted
-    // ones come first.
-    const bool settled = c->Settle();
+    if (!c) c = Open();
+    for (const auto* args : commands)
+      if (!Append(c->context, *args)) throw RedisError(Name() + ": " + c->context->errstr);
     std::vector<RedisReply> replies;
-    for (size_t i = 0; settled && i < commands.size(); ++i) {
-      void* r = nullptr;
+    replies.reserve(commands.size());
+    while (replies.size() < commands.size()) {
+      void* r = nullptr;  // the first read writes the commands out first
       if (redisGetReply(c->context, &r) != REDIS_OK || !r) break;
       replies.push_back(ReplyOf(*static_cast<redisReply*>(r)));
       freeReplyObject(r);
     }
-    if (replies.size() == commands.size()) {
-      Give(std::move(c));
-      return replies;
-    }
-    // The connection is broken or timed out: it is dropped with the idle ones (after a restart of
-    // the server they are all closed), and the next command opens another. A connection the server
-    // closed while it lay idle is tried once more on a new one: the commands never reached a
-    // server that could run them.
+    if (replies.size() == commands.size()) return replies;
+    // Broken or timed out: the connection goes. One that had lain idle is tried once more on a new
+    // one, as the server may have closed it (a restart): the commands never reached a server that
+    // could run them.
     std::string cause = c->context->err ? c->context->errstr : "no reply";
     const bool timedOut =
         c->context->err == REDIS_ERR_IO && (errno == EAGAIN || errno == EWOULDBLOCK ||
                                             cause.find("temporarily unavailable") != std::string::npos);
-    {
-      std::lock_guard lock(mu_);
-      idle_.clear();
-    }
-    if (reused && !timedOut && attempt == 0) continue;
-    throw RedisError(Name() + ": " + (timedOut ? std::string("no reply in time") : cause));
+    c.reset();
+    if (!(reused && !timedOut && attempt == 0))
+      throw RedisError(Name() + ": " + (timedOut ? std::string("no reply in time") : cause));
   }
 }
 
-RedisReply RedisClient::Send(const std::vector<std::string>& args, bool errorRaises) {
+std::vector<RedisReply> RedisClient::Pipeline(const std::vector<std::vector<std::string>>& commands) {
+  auto [c, reused] = Take();
+  std::vector<const std::vector<std::string>*> each;
+  for (const auto& args : commands) each.push_back(&args);
+  try {
+    std::vector<RedisReply> replies = Exchange(c, reused, each);
+    Give(std::move(c));
+    return replies;
+  } catch (const RedisError&) {
+    std::lock_guard lock(mu_);
+    idle_.clear();  // after a restart of the server they are all closed
+    throw;
+  }
+}
+
+RedisReply RedisClient::Command(const std::vector<std::string>& args) { return One(args, true); }
+
+RedisReply RedisClient::One(const std::vector<std::string>& args, bool errorRaises) {
   RedisReply reply = std::move(Pipeline({args}).front());
   if (errorRaises && reply.kind == RedisReply::Kind::kError) throw RedisError(Name() + ": " + reply.text);
   return reply;
 }
 
-void RedisClient::Post(const std::vector<std::vector<std::string>>& commands,
-                       const std::function<void(const RedisReply&)>& onReply) {
-  auto [c, reused] = Take();
-  for (const auto& args : commands)
-    if (!Append(c->context, args)) throw RedisError(Name() + ": " + c->context->errstr);
-  c->pending.insert(c->pending.end(), commands.size(), onReply);
-  c->unsent = true;
+void RedisClient::Send(std::vector<std::vector<std::string>> commands, RepliesHandler onReplies) {
   {
     std::lock_guard lock(mu_);
-    idle_.push_back(std::move(c));
-    if (flushAt_) return;
-    flushAt_ = std::chrono::steady_clock::now() + kFlushDelay;
+    queued_.push_back({std::move(commands), std::move(onReplies)});
+    if (queued_.size() > 1) return;  // the sender has been told already
   }
   wake_.notify_one();
+}
+
+// Writes out everything sent while it waited for the last replies, in one write, and hands out the
+// replies. Under load, the commands of many pages go together.
+void RedisClient::SendLoop() {
+  std::unique_ptr<Connection> c;
+  std::unique_lock lock(mu_);
+  for (;;) {
+    wake_.wait(lock, [this] { return stopping_ || !queued_.empty(); });
+    if (queued_.empty()) return;  // stopping, and all was sent
+    std::vector<Sent> batch;
+    batch.swap(queued_);
+    lock.unlock();
+    std::vector<const std::vector<std::string>*> each;
+    for (const Sent& s : batch)
+      for (const auto& args : s.commands) each.push_back(&args);
+    std::vector<RedisReply> replies;
+    std::string error;
+    try {
+      const bool reused = c != nullptr;
+      replies = Exchange(c, reused, each);
+    } catch (const RedisError& e) {
+      error = e.what();
+    }
+    auto next = replies.begin();
+    for (Sent& s : batch) {
+      std::vector<RedisReply> own;
+      if (error.empty()) {
+        own.assign(std::make_move_iterator(next), std::make_move_iterator(next + s.commands.size()));
+        next += static_cast<std::ptrdiff_t>(s.commands.size());
+      }
+      s.onReplies(std::move(own), error);
+    }
+    batch.clear();  // what the handlers held goes before the thread waits again
+    lock.lock();
+  }
 }
 
 RedisReply RedisClient::Script(const RedisScript& script, const std::vector<std::string>& keys,
@@ -288,11 +274,11 @@ RedisReply RedisClient::Script(const RedisScript& script, const std::vector<std:
   std::vector<std::string> command{"EVALSHA", script.sha1, std::to_string(keys.size())};
   command.insert(command.end(), keys.begin(), keys.end());
   command.insert(command.end(), args.begin(), args.end());
-  RedisReply reply = Send(command, false);
+  RedisReply reply = One(command, false);
   if (reply.kind == RedisReply::Kind::kError && reply.text.rfind("NOSCRIPT", 0) == 0) {
     command[0] = "EVAL";
     command[1] = script.source;
-    reply = Send(command, false);
+    reply = One(command, false);
   }
   if (reply.kind == RedisReply::Kind::kError) throw RedisError(Name() + ": " + reply.text);
   return reply;

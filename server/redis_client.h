@@ -5,7 +5,8 @@
 // idle) and gives it back after the reply. A connection that failed (refused, reset, timed out) is
 // closed, so a server that went away and came back is used again by the next command without a
 // restart. Connecting and every reply have short deadlines: a Redis that hangs costs a request its
-// timeout, never a thread for good.
+// timeout, never a thread for good. Commands sent without waiting (Send) go out on a thread and a
+// connection of their own.
 #pragma once
 
 #include <chrono>
@@ -14,7 +15,6 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -71,34 +71,43 @@ class RedisClient {
                     const std::vector<std::string>& args);
   // Several commands in one round trip; their replies in order (error replies among them).
   std::vector<RedisReply> Pipeline(const std::vector<std::vector<std::string>>& commands);
-  // Sends commands without waiting for their replies. They wait in a connection's buffer for at
-  // most kFlushDelay, so that the next command on that connection carries them in its own write
-  // (one wake-up of the server instead of two). Each reply is read before the connection's next
-  // command and handed to `onReply` then (on whichever thread sends that command; never, when the
-  // connection breaks first). Commands of one connection run in the order they were posted, so a
-  // later command on it never overtakes them on the server.
-  void Post(const std::vector<std::vector<std::string>>& commands,
-            const std::function<void(const RedisReply&)>& onReply);
+  // What a Send's commands got: their replies in order, or why there are none (`error`, naming the
+  // server, when the connection failed).
+  using RepliesHandler = std::function<void(std::vector<RedisReply> replies, const std::string& error)>;
+  // Sends commands without waiting for their replies. A thread of the client's own writes out, in
+  // one write on its own connection, everything sent since its last write, and reads the replies:
+  // the pages of a busy server share Redis's wake-ups instead of taking one each, and no thread
+  // waits for Redis but that one. Commands reach the server in the order they were sent.
+  // `onReplies` is called on that thread: it must be quick and must not throw.
+  void Send(std::vector<std::vector<std::string>> commands, RepliesHandler onReplies);
   // "redis 127.0.0.1:6379/0", for messages.
   std::string Name() const;
 
  private:
   struct Connection;
+  struct Sent {
+    std::vector<std::vector<std::string>> commands;
+    RepliesHandler onReplies;
+  };
+  std::unique_ptr<Connection> Open();
   std::pair<std::unique_ptr<Connection>, bool> Take();  // the connection, and whether it was idle
   void Give(std::unique_ptr<Connection> c);
-  RedisReply Send(const std::vector<std::string>& args, bool errorRaises);
-  void FlushLater();  // the flusher thread
-
-  static constexpr std::chrono::milliseconds kFlushDelay{1};
+  // Writes `commands` on `c` and reads their replies. A connection that fails is closed (`c` is
+  // null after); one that had lain idle is replaced and the commands written once more, as the
+  // server may have closed it meanwhile. Raises RedisError.
+  std::vector<RedisReply> Exchange(std::unique_ptr<Connection>& c, bool reused,
+                                   const std::vector<const std::vector<std::string>*>& commands);
+  RedisReply One(const std::vector<std::string>& args, bool errorRaises);
+  void SendLoop();  // the sender thread
 
   RedisAddress address_;
   std::chrono::milliseconds connectTimeout_, replyTimeout_;
   std::mutex mu_;
   std::vector<std::unique_ptr<Connection>> idle_;
   std::condition_variable wake_;
-  std::optional<std::chrono::steady_clock::time_point> flushAt_;  // posted commands wait until then
+  std::vector<Sent> queued_;  // for the sender thread's next write
   bool stopping_ = false;
-  std::thread flusher_;
+  std::thread sender_;
 };
 
 }  // namespace corvane::server

@@ -1,6 +1,7 @@
 #include "redis_sessions.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <thread>
 
@@ -102,6 +103,14 @@ const RedisReply& At(const RedisReply& r, size_t i) {
 }
 
 std::string ShortId(const std::string& id) { return id.substr(0, 8) + "..."; }
+
+// A lock's token. It is only compared, so it need not be secret, only unlike every other token of
+// every process: random bits drawn once, and a count (no system call per page).
+std::string LockToken() {
+  static const std::string drawn = NewSessionId() + "-";
+  static std::atomic<uint64_t> count{0};
+  return drawn + std::to_string(count.fetch_add(1, std::memory_order_relaxed));
+}
 
 // A session as its record has it.
 void Fill(host::SessionObject& s, const SessionRecord& record) {
@@ -216,9 +225,38 @@ void RedisSessions::LoadApplication(const RedisReply& hash) {
   application_->Values().Assign(items);
 }
 
+// A claim's round trip, sent ahead.
+struct RedisSessions::ClaimAsked : SharedSessions::Asked {
+  std::string token;
+  std::chrono::steady_clock::time_point at;  // when the lock was asked for
+  std::vector<RedisReply> replies;
+  std::string error;  // why there are no replies
+};
+
+std::vector<std::vector<std::string>> RedisSessions::ClaimCommands(const std::string& id,
+                                                                   const std::string& token) const {
+  return {{"SET", Key("lock:", id), token, "NX", "PX", std::to_string(options_.lockExpiry.count())},
+          {"GET", Key("s:", id)},
+          {"HGETALL", Key("app")},
+          {"ZSCORE", Key("sessions"), id}};
+}
+
+void RedisSessions::AskAhead(const std::string& id, std::function<void(std::shared_ptr<Asked>)> then) {
+  if (id.empty()) return then(nullptr);  // a page without a session reads the Application on its worker
+  auto asked = std::make_shared<ClaimAsked>();
+  asked->token = LockToken();
+  asked->at = std::chrono::steady_clock::now();
+  redis_.Send(ClaimCommands(id, asked->token),
+              [asked, then = std::move(then)](std::vector<RedisReply> replies, const std::string& error) {
+                asked->replies = std::move(replies);
+                asked->error = error;
+                then(asked);
+              });
+}
+
 SharedSessions::Outcome RedisSessions::TryClaim(const std::string& id, host::SessionObject& session,
                                                 Claim& claim, std::chrono::milliseconds& retryIn,
-                                                EndedSessions& ended) {
+                                                EndedSessions& ended, std::shared_ptr<Asked> asked) {
   session.Values().SetStore(scripts_->sessionValues);
   try {
     if (id.empty()) {
@@ -229,16 +267,19 @@ SharedSessions::Outcome RedisSessions::TryClaim(const std::string& id, host::Ses
     // record, its place in the list of sessions and the Application. Only when the lock is not
     // taken does a second one ask who holds it and for how long: a command sent again after a
     // broken connection finds its own token, and a busy session says how long to wait.
-    std::string token = NewSessionId();
+    // The time is taken before the lock is asked for: it expires no sooner than lockExpiry after
+    // it. A tenth of that is left over for clocks and a slow server.
+    auto ahead = std::static_pointer_cast<ClaimAsked>(std::move(asked));
+    if (!ahead) {
+      ahead = std::make_shared<ClaimAsked>();
+      ahead->token = LockToken();
+      ahead->at = std::chrono::steady_clock::now();
+      ahead->replies = redis_.Pipeline(ClaimCommands(id, ahead->token));
+    }
+    if (!ahead->error.empty()) throw RedisError(ahead->error);
+    const std::string& token = ahead->token;
     const std::string lock = Key("lock:", id);
-    // Taken before the lock is asked for: it expires no sooner than lockExpiry after this. A tenth
-    // of it is left over for clocks and a slow server.
-    const auto asked = std::chrono::steady_clock::now();
-    std::vector<RedisReply> r =
-        redis_.Pipeline({{"SET", lock, token, "NX", "PX", std::to_string(options_.lockExpiry.count())},
-                         {"GET", Key("s:", id)},
-                         {"HGETALL", Key("app")},
-                         {"ZSCORE", Key("sessions"), id}});
+    const std::vector<RedisReply>& r = ahead->replies;
     for (const RedisReply& each : r)
       if (each.kind == RedisReply::Kind::kError) throw RedisError(redis_.Name() + ": " + each.text);
     if (r[0].kind == RedisReply::Kind::kNil) {
@@ -249,7 +290,7 @@ SharedSessions::Outcome RedisSessions::TryClaim(const std::string& id, host::Ses
       }
     }
     claim.token = token;
-    claim.sureUntil = asked + options_.lockExpiry * 9 / 10;
+    claim.sureUntil = ahead->at + options_.lockExpiry * 9 / 10;
     claim.listedUntil = r[3].kind == RedisReply::Kind::kText
                             ? static_cast<int64_t>(std::strtod(r[3].text.c_str(), nullptr))
                             : 0;
@@ -325,7 +366,7 @@ bool RedisSessions::Move(const std::string& id, Claim& claim, const std::string&
 
 void RedisSessions::Save(const std::string& id, Claim& claim, host::SessionObject& session) {
   // Sent without waiting: the page's reply need not wait for Redis's. The lock goes in the same
-  // round trip, after the record, so whoever takes the session next reads these values. While the
+  // write, after the record, so whoever takes the session next reads these values. While the
   // lock is surely still this page's, plain commands do it (a script costs Redis several times
   // more); after that, only a script can tell whether it still is.
   const std::string record = Record(session, claim);
@@ -345,17 +386,16 @@ void RedisSessions::Save(const std::string& id, Claim& claim, host::SessionObjec
                  std::to_string(ttl), id, std::to_string(now)}};
   }
   claim.token.clear();
-  try {
-    redis_.Post(commands, [log = log_, id, sure](const RedisReply& r) {
-      if (r.kind == RedisReply::Kind::kError)
-        log("corvane-server: session " + ShortId(id) + ": its values could not be written: " + r.text);
-      else if (!sure && r.integer == 0)
-        log("corvane-server: session " + ShortId(id) +
-            ": its lock expired while its page ran; the page's session values were not written");
-    });
-  } catch (const RedisError& e) {
-    throw SessionStoreError(e.what());
-  }
+  redis_.Send(std::move(commands), [log = log_, id, sure](std::vector<RedisReply> r, const std::string& error) {
+    for (const RedisReply& each : r)
+      if (each.kind == RedisReply::Kind::kError) return log("corvane-server: session " + ShortId(id) +
+                                                          ": its values could not be written: " + each.text);
+    if (!error.empty())
+      log("corvane-server: session " + ShortId(id) + ": its values could not be written: " + error);
+    else if (!sure && r[0].integer == 0)
+      log("corvane-server: session " + ShortId(id) +
+          ": its lock expired while its page ran; the page's session values were not written");
+  });
 }
 
 void RedisSessions::Drop(const std::string& id, Claim& claim) {
@@ -389,7 +429,7 @@ size_t RedisSessions::Count() {
 }
 
 void RedisSessions::LockApplication() {
-  std::string token = NewSessionId();
+  std::string token = LockToken();
   const auto deadline = std::chrono::steady_clock::now() + options_.lockExpiry;
   std::chrono::milliseconds backoff{1};
   try {

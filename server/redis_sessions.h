@@ -14,8 +14,9 @@
 //   app         hash of the Application's values: lower-case key -> (key, value)
 //   app:lock    Application.Lock's lock across the processes
 // A page claims its session in one round trip of plain commands (its lock, its record and the
-// Application's values) and writes it back in another, sent without waiting, that lets go of the
-// lock last. Every other step that must be whole is one Lua script: moving a session to a new id,
+// Application's values), sent ahead before the page takes a worker, and writes it back in another,
+// sent without waiting, that lets go of the lock last. Both go out on the Redis client's sender,
+// together with those of the other pages of the moment. Every other step that must be whole is one Lua script: moving a session to a new id,
 // creating one (ending the sessions that must make room under the cap), removing it, and writing
 // one back when its page ran so long that the lock may have expired.
 //
@@ -69,8 +70,10 @@ class RedisSessions : public SharedSessions {
   // later writes go to Redis, and Application.Lock takes the lock of every process.
   void ShareApplication(std::shared_ptr<host::Application> application);
 
+  void AskAhead(const std::string& id, std::function<void(std::shared_ptr<Asked>)> then) override;
   Outcome TryClaim(const std::string& id, host::SessionObject& session, Claim& claim,
-                   std::chrono::milliseconds& retryIn, EndedSessions& ended) override;
+                   std::chrono::milliseconds& retryIn, EndedSessions& ended,
+                   std::shared_ptr<Asked> asked) override;
   bool Create(const std::string& id, host::SessionObject& session, Claim& claim,
               EndedSessions& ended) override;
   bool Move(const std::string& id, Claim& claim, const std::string& newId,
@@ -84,6 +87,10 @@ class RedisSessions : public SharedSessions {
  private:
   class ApplicationStore;
   struct Scripts;
+  struct ClaimAsked;
+  // The claim's round trip: take the lock with `token`, read the record, the session's place in
+  // the list of sessions and the Application.
+  std::vector<std::vector<std::string>> ClaimCommands(const std::string& id, const std::string& token) const;
   std::string Key(std::string_view kind, std::string_view id = "") const;
   int64_t Now() const;
   std::string Record(host::SessionObject& session, const Claim& claim) const;

@@ -69,7 +69,11 @@ SessionStore::SessionStore(SessionLimits limits, Clock clock, EndHandler onEnd, 
 SessionStore::~SessionStore() { StopRetries(); }
 
 void SessionStore::StopRetries() {
-  if (retries_) retries_->Stop();
+  if (!retries_) return;
+  retries_->Stop();
+  std::unique_lock lock(mu_);
+  stopping_ = true;
+  answered_.wait(lock, [this] { return asking_ == 0; });
 }
 
 bool SessionStore::Expired(const Entry& e, std::chrono::steady_clock::time_point now) const {
@@ -148,13 +152,8 @@ void SessionStore::RunHolding(const std::shared_ptr<Entry>& entry, Lease& lease,
 }
 
 void SessionStore::Start(std::shared_ptr<Entry> entry, Job job) {
-  if (shared_) {
-    const auto deadline = std::chrono::steady_clock::now() + shared_->LockExpiry();
-    auto run = [this, entry = std::move(entry), job = std::move(job), deadline]() mutable {
-      RunShared(std::move(entry), std::move(job), deadline);
-    };
-    return start_(std::move(run));
-  }
+  if (shared_)
+    return StartShared(std::move(entry), std::move(job), std::chrono::steady_clock::now() + shared_->LockExpiry());
   start_([this, entry = std::move(entry), job = std::move(job)] {
     Lease lease(entry, entry->stored ? entry->key : entry->session->SessionID());
     RunHolding(entry, lease, job);
@@ -322,8 +321,34 @@ void SessionStore::SubmitShared(std::string_view id, Job job) {
   Start(std::move(entry), std::move(job));
 }
 
+// The claim goes ahead of the job; the job takes a worker once it is answered.
+void SessionStore::StartShared(std::shared_ptr<Entry> entry, Job job,
+                               std::chrono::steady_clock::time_point deadline) {
+  bool ahead = false;
+  {
+    std::lock_guard lock(mu_);
+    ahead = !stopping_;
+    if (ahead) ++asking_;
+  }
+  if (!ahead)
+    return start_([this, entry = std::move(entry), job = std::move(job), deadline]() mutable {
+      RunShared(std::move(entry), std::move(job), deadline, nullptr);
+    });
+  const std::string id = entry->key;
+  shared_->AskAhead(id, [this, entry = std::move(entry), job = std::move(job),
+                         deadline](std::shared_ptr<SharedSessions::Asked> asked) mutable {
+    start_([this, entry = std::move(entry), job = std::move(job), deadline, asked = std::move(asked)]() mutable {
+      RunShared(std::move(entry), std::move(job), deadline, std::move(asked));
+    });
+    std::lock_guard lock(mu_);
+    --asking_;
+    answered_.notify_all();
+  });
+}
+
 void SessionStore::RunShared(std::shared_ptr<Entry> entry, Job job,
-                             std::chrono::steady_clock::time_point deadline) {
+                             std::chrono::steady_clock::time_point deadline,
+                             std::shared_ptr<SharedSessions::Asked> asked) {
   auto session = std::make_shared<host::SessionObject>();
   session->SetTimeoutMinutes(timeoutMinutes_);
   SharedSessions::Claim claim;
@@ -332,7 +357,7 @@ void SessionStore::RunShared(std::shared_ptr<Entry> entry, Job job,
   SharedSessions::Outcome outcome = SharedSessions::Outcome::kMissing;
   std::string unavailable;
   try {
-    outcome = shared_->TryClaim(entry->key, *session, claim, retryIn, ended);
+    outcome = shared_->TryClaim(entry->key, *session, claim, retryIn, ended, std::move(asked));
   } catch (const SessionStoreError& e) {
     unavailable = e.what();
   }
@@ -344,9 +369,7 @@ void SessionStore::RunShared(std::shared_ptr<Entry> entry, Job job,
         std::clamp(entry->backoff * 2, std::chrono::milliseconds(2), std::chrono::milliseconds(64));
     retryIn = std::min(entry->backoff, retryIn + std::chrono::milliseconds(1));
     if (std::chrono::steady_clock::now() + retryIn < deadline) {
-      retries_->After(retryIn, [this, entry, job, deadline] {
-        start_([this, entry, job, deadline] { RunShared(entry, job, deadline); });
-      });
+      retries_->After(retryIn, [this, entry, job, deadline] { StartShared(entry, job, deadline); });
       return;
     }
     unavailable = "the session is busy: another page of it has run too long";

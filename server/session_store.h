@@ -20,7 +20,7 @@
 // the shared store and this store keeps only the queues of the sessions its requests hold or wait
 // for. When a job starts, its session is claimed from the shared store: its lock (so that the pages
 // of a session run one at a time across the processes as well) and its values, into a new
-// SessionObject. A session another process holds is tried again after a short delay, the job
+// SessionObject. The claim is sent ahead, and the job takes a worker once it is answered. A session another process holds is tried again after a short delay, the job
 // holding no worker meanwhile, for as long as that lock may live; then the job runs with the
 // failure in Lease::Unavailable(). Keep, Renew and End write to the shared store at once, and
 // Commit writes a held session back and lets go of its lock; a job that ends without Commit lets go
@@ -29,6 +29,7 @@
 #pragma once
 
 #include <chrono>
+#include <condition_variable>
 #include <deque>
 #include <functional>
 #include <list>
@@ -79,12 +80,26 @@ class SharedSessions {
     int64_t listedUntil = 0;
   };
   enum class Outcome { kMissing, kBusy, kHeld };
+  // What the shared store answered to a claim sent ahead (AskAhead), for TryClaim to finish.
+  class Asked {
+   public:
+    virtual ~Asked() = default;
+  };
+  // Sends the claim of `id`'s session ahead, before the job that needs it takes a worker, so that
+  // no worker waits for the shared store. `then` gets the answer, on a thread of the shared store's
+  // (it must only hand work on). By default nothing is sent ahead: `then` gets nothing, at once.
+  virtual void AskAhead(const std::string& id, std::function<void(std::shared_ptr<Asked>)> then) {
+    (void)id;
+    then(nullptr);
+  }
   // One try for the session of `id` ("" for a request without one, which only loads what every
-  // page shares). kHeld: the lock is held (`claim`) and `session` has the values and settings.
-  // kBusy: another request holds it; try again in `retryIn`. kMissing: there is no such session;
-  // one found past its lifetime is removed and added to `ended`.
+  // page shares), finishing what AskAhead sent (`asked`; null: asks now). kHeld: the lock is held
+  // (`claim`) and `session` has the values and settings. kBusy: another request holds it; try
+  // again in `retryIn`. kMissing: there is no such session; one found past its lifetime is removed
+  // and added to `ended`.
   virtual Outcome TryClaim(const std::string& id, host::SessionObject& session, Claim& claim,
-                           std::chrono::milliseconds& retryIn, EndedSessions& ended) = 0;
+                           std::chrono::milliseconds& retryIn, EndedSessions& ended,
+                           std::shared_ptr<Asked> asked) = 0;
   // Stores a new session under `id` (holding no lock for it); false when the id is taken. Sessions
   // that had to make room are added to `ended`.
   virtual bool Create(const std::string& id, host::SessionObject& session, Claim& claim,
@@ -115,7 +130,9 @@ class SessionStore {
   SessionStore(SessionLimits limits, Clock clock = nullptr, EndHandler onEnd = nullptr,
                Starter start = nullptr, std::shared_ptr<SharedSessions> shared = nullptr);
   ~SessionStore();
-  // Drops the jobs waiting to try a busy shared session again; call before the starter goes.
+  // Drops the jobs waiting to try a busy shared session again and waits for the claims sent ahead
+  // to be answered (their jobs are started); later jobs claim on their worker. Call before the
+  // starter goes.
   void StopRetries();
 
  private:
@@ -175,7 +192,9 @@ class SessionStore {
   void RunHolding(const std::shared_ptr<Entry>& entry, Lease& lease, const Job& job);
   // The shared store's side.
   void SubmitShared(std::string_view id, Job job);
-  void RunShared(std::shared_ptr<Entry> entry, Job job, std::chrono::steady_clock::time_point deadline);
+  void StartShared(std::shared_ptr<Entry> entry, Job job, std::chrono::steady_clock::time_point deadline);
+  void RunShared(std::shared_ptr<Entry> entry, Job job, std::chrono::steady_clock::time_point deadline,
+                 std::shared_ptr<SharedSessions::Asked> asked);
   void ReleaseShared(const std::shared_ptr<Entry>& entry);
   void CreateShared(Lease& lease, EndedSessions& ended);
   void Store(Lease& lease, std::vector<std::shared_ptr<host::SessionObject>>& ended);  // the caller holds mu_
@@ -197,6 +216,9 @@ class SessionStore {
   std::chrono::steady_clock::time_point lastSweep_;
   std::shared_ptr<SharedSessions> shared_;
   std::unique_ptr<DelayedJobs> retries_;  // with shared_ only
+  size_t asking_ = 0;                     // claims sent ahead and not answered yet
+  bool stopping_ = false;                 // StopRetries was called: claims are no longer sent ahead
+  std::condition_variable answered_;      // an answer came
 };
 
 }  // namespace corvane::server
