@@ -386,16 +386,18 @@ void RedisSessions::Save(const std::string& id, Claim& claim, host::SessionObjec
                  std::to_string(ttl), id, std::to_string(now)}};
   }
   claim.token.clear();
-  redis_.Send(std::move(commands), [log = log_, id, sure](std::vector<RedisReply> r, const std::string& error) {
-    for (const RedisReply& each : r)
-      if (each.kind == RedisReply::Kind::kError) return log("corvane-server: session " + ShortId(id) +
-                                                          ": its values could not be written: " + each.text);
-    if (!error.empty())
-      log("corvane-server: session " + ShortId(id) + ": its values could not be written: " + error);
-    else if (!sure && r[0].integer == 0)
-      log("corvane-server: session " + ShortId(id) +
-          ": its lock expired while its page ran; the page's session values were not written");
-  });
+  redis_.Send(
+      std::move(commands), [log = log_, id, sure](std::vector<RedisReply> r, const std::string& error) {
+        for (const RedisReply& each : r)
+          if (each.kind == RedisReply::Kind::kError)
+            return log("corvane-server: session " + ShortId(id) +
+                       ": its values could not be written: " + each.text);
+        if (!error.empty())
+          log("corvane-server: session " + ShortId(id) + ": its values could not be written: " + error);
+        else if (!sure && r[0].integer == 0)
+          log("corvane-server: session " + ShortId(id) +
+              ": its lock expired while its page ran; the page's session values were not written");
+      });
 }
 
 void RedisSessions::Drop(const std::string& id, Claim& claim) {

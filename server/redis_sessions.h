@@ -16,9 +16,9 @@
 // A page claims its session in one round trip of plain commands (its lock, its record and the
 // Application's values), sent ahead before the page takes a worker, and writes it back in another,
 // sent without waiting, that lets go of the lock last. Both go out on the Redis client's sender,
-// together with those of the other pages of the moment. Every other step that must be whole is one Lua script: moving a session to a new id,
-// creating one (ending the sessions that must make room under the cap), removing it, and writing
-// one back when its page ran so long that the lock may have expired.
+// together with those of the other pages of the moment. Every other step that must be whole is one Lua
+// script: moving a session to a new id, creating one (ending the sessions that must make room under the cap),
+// removing it, and writing one back when its page ran so long that the lock may have expired.
 //
 // The Application: its values as the process set them before the first page (the connection
 // string) are the process's own; over them come the values in Redis, read at the start of every

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <future>
 #include <thread>
@@ -85,6 +86,34 @@ class RedisSessionsTest : public ::testing::Test {
   testing::RedisProcess redis_;
   std::vector<std::string> log_;
 };
+
+TEST_F(RedisSessionsTest, CommandsSentWithoutWaitingKeepTheirOrderAndLearnOfAFailure) {
+  RedisClient client = Client();
+  std::vector<std::vector<int64_t>> seen(4);
+  std::atomic<int> done{0};
+  std::vector<std::thread> senders;
+  for (auto& mine : seen)
+    senders.emplace_back([&client, &mine, &done] {
+      for (int i = 0; i < 200; ++i)
+        client.Send({{"INCR", "n"}, {"GET", "n"}},
+                    [&mine, &done](std::vector<RedisReply> r, const std::string&) {
+                      mine.push_back(r.at(0).integer);  // one thread hands out every reply
+                      EXPECT_EQ(r.at(1).text, std::to_string(r.at(0).integer));
+                      ++done;
+                    });
+    });
+  for (auto& t : senders) t.join();
+  while (done < 800) std::this_thread::sleep_for(1ms);
+  for (const auto& mine : seen) EXPECT_TRUE(std::is_sorted(mine.begin(), mine.end()));
+  EXPECT_EQ(client.Command({"GET", "n"}).text, "800");
+
+  redis_.Stop();
+  std::promise<std::string> failed;
+  client.Send({{"GET", "n"}}, [&failed](std::vector<RedisReply> r, const std::string& error) {
+    failed.set_value(r.empty() ? error : "replies");
+  });
+  EXPECT_NE(failed.get_future().get().find("redis 127.0.0.1:"), std::string::npos);
+}
 
 TEST_F(RedisSessionsTest, ASessionIsHeldByOneRequestAtATimeAcrossProcesses) {
   // b reaches Redis by its socket, and claims ahead as the server does

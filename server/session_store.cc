@@ -153,7 +153,8 @@ void SessionStore::RunHolding(const std::shared_ptr<Entry>& entry, Lease& lease,
 
 void SessionStore::Start(std::shared_ptr<Entry> entry, Job job) {
   if (shared_)
-    return StartShared(std::move(entry), std::move(job), std::chrono::steady_clock::now() + shared_->LockExpiry());
+    return StartShared(std::move(entry), std::move(job),
+                       std::chrono::steady_clock::now() + shared_->LockExpiry());
   start_([this, entry = std::move(entry), job = std::move(job)] {
     Lease lease(entry, entry->stored ? entry->key : entry->session->SessionID());
     RunHolding(entry, lease, job);
@@ -337,9 +338,10 @@ void SessionStore::StartShared(std::shared_ptr<Entry> entry, Job job,
   const std::string id = entry->key;
   shared_->AskAhead(id, [this, entry = std::move(entry), job = std::move(job),
                          deadline](std::shared_ptr<SharedSessions::Asked> asked) mutable {
-    start_([this, entry = std::move(entry), job = std::move(job), deadline, asked = std::move(asked)]() mutable {
-      RunShared(std::move(entry), std::move(job), deadline, std::move(asked));
-    });
+    start_(
+        [this, entry = std::move(entry), job = std::move(job), deadline, asked = std::move(asked)]() mutable {
+          RunShared(std::move(entry), std::move(job), deadline, std::move(asked));
+        });
     std::lock_guard lock(mu_);
     --asking_;
     answered_.notify_all();
