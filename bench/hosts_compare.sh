@@ -6,7 +6,7 @@
 #   3. one corvane-server with its sessions in Redis, through nginx (what Redis costs),
 #   4. two corvane-servers with their sessions in Redis, through nginx round-robin (the arrangement
 #      of README's "Several hosts").
-# The four run in turn, in rounds (3 by default): this machine's rate drifts by 10% and more from one
+# The four run in turn, in rounds (5 by default): this machine's rate drifts by 10% and more from one
 # run to the next, so each ratio is taken within a round, between runs seconds apart, and the median
 # of the rounds' ratios is checked. Prints req/s, p50, p99, max and errors for each run, and checks
 # the goal: Redis's round trips cost at most 15% of the rate (3 against 2). Exit status 1 when it is
@@ -22,7 +22,7 @@ cd "$(dirname "$0")/.."
 
 sessions=50
 duration=10
-rounds=3
+rounds=5
 server=""
 while [ $# -gt 0 ]; do
   case "$1" in
