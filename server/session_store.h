@@ -20,12 +20,13 @@
 // the shared store and this store keeps only the queues of the sessions its requests hold or wait
 // for. When a job starts, its session is claimed from the shared store: its lock (so that the pages
 // of a session run one at a time across the processes as well) and its values, into a new
-// SessionObject. The claim is sent ahead, and the job takes a worker once it is answered. A session another
-// process holds is tried again after a short delay, the job holding no worker meanwhile, for as long as that
-// lock may live; then the job runs with the failure in Lease::Unavailable(). Keep, Renew and End write to the
-// shared store at once, and Commit writes a held session back and lets go of its lock; a job that ends
-// without Commit lets go without writing. When the shared store cannot be reached, the job runs with its
-// cause in Unavailable() (the page is not run: the host answers 503).
+// SessionObject. The claim is sent ahead, and the job takes a worker once it is answered. A session
+// another process holds is tried again after a short delay, the job holding no worker meanwhile,
+// for as long as that lock may live; then the job runs with the failure in Lease::Unavailable().
+// Keep, Renew and End write to the shared store at once, and Commit writes a held session back and
+// lets go of its lock; a job that ends without Commit lets go without writing. When the shared
+// store cannot be reached, the job runs with its cause in Unavailable() (the page is not run: the
+// host answers 503).
 #pragma once
 
 #include <chrono>
