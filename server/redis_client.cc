@@ -178,7 +178,11 @@ std::vector<RedisReply> RedisClient::Exchange(std::unique_ptr<Connection>& c, bo
   for (int attempt = 0;; ++attempt) {
     if (!c) c = Open();
     for (const auto* args : commands)
-      if (!Append(c->context, *args)) throw RedisError(Name() + ": " + c->context->errstr);
+      if (!Append(c->context, *args)) {
+        std::string cause = c->context->errstr;
+        c.reset();  // what was appended before it must not go out with the next commands
+        throw RedisError(Name() + ": " + cause);
+      }
     std::vector<RedisReply> replies;
     replies.reserve(commands.size());
     while (replies.size() < commands.size()) {
