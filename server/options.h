@@ -29,8 +29,8 @@ struct ServerOptions {
   // Worker threads that run pages. Connections cost no worker: one or two I/O threads read every
   // request and write every reply, answer static files themselves and hand pages to the workers, so
   // a worker is busy only while a page runs. Pages wait on the database at times, hence twice the
-  // cores (at least 2); with --sessions every page also waits for Redis to hand it its session,
-  // hence four times the cores then. Must be at least 1.
+  // cores (at least 2); with --sessions four times the cores, which measured best there (Redis and
+  // the thread that talks to it share the cores with the pages). Must be at least 1.
   int threads = DefaultWorkerThreads();
   // I/O threads that run every connection (reads, writes, static files): two where there are two
   // cores or more, so that static files are served on both. Must be at least 1.

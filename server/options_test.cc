@@ -47,7 +47,7 @@ TEST(OptionsTest, TheHostsLimitsAndTls) {
   ServerOptions d;
   EXPECT_GE(d.threads, 2);  // twice the cores
   EXPECT_FALSE(d.logJson);
-  // Pages that also wait on Redis for their sessions get twice the workers, unless told otherwise.
+  // With sessions in Redis, twice the workers, unless told otherwise.
   EXPECT_EQ(Parse({"--sessions", "redis://cache"}).threads, 2 * d.threads);
   EXPECT_EQ(Parse({"--sessions", "redis://cache", "--threads", "3"}).threads, 3);
 }

@@ -156,16 +156,12 @@ std::unique_ptr<RedisClient::Connection> RedisClient::Open() {
   return c;
 }
 
-std::pair<std::unique_ptr<RedisClient::Connection>, bool> RedisClient::Take() {
-  {
-    std::lock_guard lock(mu_);
-    if (!idle_.empty()) {
-      auto c = std::move(idle_.back());
-      idle_.pop_back();
-      return {std::move(c), true};
-    }
-  }
-  return {Open(), false};
+std::unique_ptr<RedisClient::Connection> RedisClient::TakeIdle() {
+  std::lock_guard lock(mu_);
+  if (idle_.empty()) return nullptr;
+  auto c = std::move(idle_.back());
+  idle_.pop_back();
+  return c;
 }
 
 void RedisClient::Give(std::unique_ptr<Connection> c) {
@@ -173,8 +169,9 @@ void RedisClient::Give(std::unique_ptr<Connection> c) {
   idle_.push_back(std::move(c));
 }
 
-std::vector<RedisReply> RedisClient::Exchange(std::unique_ptr<Connection>& c, bool reused,
+std::vector<RedisReply> RedisClient::Exchange(std::unique_ptr<Connection>& c,
                                               const std::vector<const std::vector<std::string>*>& commands) {
+  const bool reused = c != nullptr;
   for (int attempt = 0;; ++attempt) {
     if (!c) c = Open();
     for (const auto* args : commands)
@@ -206,11 +203,11 @@ std::vector<RedisReply> RedisClient::Exchange(std::unique_ptr<Connection>& c, bo
 }
 
 std::vector<RedisReply> RedisClient::Pipeline(const std::vector<std::vector<std::string>>& commands) {
-  auto [c, reused] = Take();
+  std::unique_ptr<Connection> c = TakeIdle();
   std::vector<const std::vector<std::string>*> each;
   for (const auto& args : commands) each.push_back(&args);
   try {
-    std::vector<RedisReply> replies = Exchange(c, reused, each);
+    std::vector<RedisReply> replies = Exchange(c, each);
     Give(std::move(c));
     return replies;
   } catch (const RedisError&) {
@@ -254,8 +251,7 @@ void RedisClient::SendLoop() {
     std::vector<RedisReply> replies;
     std::string error;
     try {
-      const bool reused = c != nullptr;
-      replies = Exchange(c, reused, each);
+      replies = Exchange(c, each);
     } catch (const RedisError& e) {
       error = e.what();
     }

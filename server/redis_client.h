@@ -90,12 +90,12 @@ class RedisClient {
     RepliesHandler onReplies;
   };
   std::unique_ptr<Connection> Open();
-  std::pair<std::unique_ptr<Connection>, bool> Take();  // the connection, and whether it was idle
+  std::unique_ptr<Connection> TakeIdle();  // null when none is idle
   void Give(std::unique_ptr<Connection> c);
-  // Writes `commands` on `c` and reads their replies. A connection that fails is closed (`c` is
-  // null after); one that had lain idle is replaced and the commands written once more, as the
-  // server may have closed it meanwhile. Raises RedisError.
-  std::vector<RedisReply> Exchange(std::unique_ptr<Connection>& c, bool reused,
+  // Writes `commands` on `c` (opening it when null) and reads their replies. A connection that
+  // fails is closed (`c` is null after); one that had been used before is replaced and the commands
+  // written once more, as the server may have closed it meanwhile. Raises RedisError.
+  std::vector<RedisReply> Exchange(std::unique_ptr<Connection>& c,
                                    const std::vector<const std::vector<std::string>*>& commands);
   RedisReply One(const std::vector<std::string>& args, bool errorRaises);
   void SendLoop();  // the sender thread

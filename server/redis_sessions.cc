@@ -241,11 +241,18 @@ std::vector<std::vector<std::string>> RedisSessions::ClaimCommands(const std::st
           {"ZSCORE", Key("sessions"), id}};
 }
 
+// A claim about to be asked for: its token, and the time taken before the lock is asked for (the
+// lock expires no sooner than lockExpiry after it).
+std::shared_ptr<RedisSessions::ClaimAsked> RedisSessions::NewClaim() {
+  auto claim = std::make_shared<ClaimAsked>();
+  claim->token = LockToken();
+  claim->at = std::chrono::steady_clock::now();
+  return claim;
+}
+
 void RedisSessions::AskAhead(const std::string& id, std::function<void(std::shared_ptr<Asked>)> then) {
   if (id.empty()) return then(nullptr);  // a page without a session reads the Application on its worker
-  auto asked = std::make_shared<ClaimAsked>();
-  asked->token = LockToken();
-  asked->at = std::chrono::steady_clock::now();
+  auto asked = NewClaim();
   redis_.Send(ClaimCommands(id, asked->token),
               [asked, then = std::move(then)](std::vector<RedisReply> replies, const std::string& error) {
                 asked->replies = std::move(replies);
@@ -267,13 +274,9 @@ SharedSessions::Outcome RedisSessions::TryClaim(const std::string& id, host::Ses
     // record, its place in the list of sessions and the Application. Only when the lock is not
     // taken does a second one ask who holds it and for how long: a command sent again after a
     // broken connection finds its own token, and a busy session says how long to wait.
-    // The time is taken before the lock is asked for: it expires no sooner than lockExpiry after
-    // it. A tenth of that is left over for clocks and a slow server.
     auto ahead = std::static_pointer_cast<ClaimAsked>(std::move(asked));
     if (!ahead) {
-      ahead = std::make_shared<ClaimAsked>();
-      ahead->token = LockToken();
-      ahead->at = std::chrono::steady_clock::now();
+      ahead = NewClaim();
       ahead->replies = redis_.Pipeline(ClaimCommands(id, ahead->token));
     }
     if (!ahead->error.empty()) throw RedisError(ahead->error);
@@ -290,7 +293,7 @@ SharedSessions::Outcome RedisSessions::TryClaim(const std::string& id, host::Ses
       }
     }
     claim.token = token;
-    claim.sureUntil = ahead->at + options_.lockExpiry * 9 / 10;
+    claim.sureUntil = ahead->at + options_.lockExpiry * 9 / 10;  // a tenth left for clocks and a slow server
     claim.listedUntil = r[3].kind == RedisReply::Kind::kText
                             ? static_cast<int64_t>(std::strtod(r[3].text.c_str(), nullptr))
                             : 0;
@@ -388,12 +391,11 @@ void RedisSessions::Save(const std::string& id, Claim& claim, host::SessionObjec
   claim.token.clear();
   redis_.Send(
       std::move(commands), [log = log_, id, sure](std::vector<RedisReply> r, const std::string& error) {
+        std::string failed = error;
         for (const RedisReply& each : r)
-          if (each.kind == RedisReply::Kind::kError)
-            return log("corvane-server: session " + ShortId(id) +
-                       ": its values could not be written: " + each.text);
-        if (!error.empty())
-          log("corvane-server: session " + ShortId(id) + ": its values could not be written: " + error);
+          if (failed.empty() && each.kind == RedisReply::Kind::kError) failed = each.text;
+        if (!failed.empty())
+          log("corvane-server: session " + ShortId(id) + ": its values could not be written: " + failed);
         else if (!sure && r[0].integer == 0)
           log("corvane-server: session " + ShortId(id) +
               ": its lock expired while its page ran; the page's session values were not written");

@@ -88,6 +88,7 @@ class RedisSessions : public SharedSessions {
   class ApplicationStore;
   struct Scripts;
   struct ClaimAsked;
+  static std::shared_ptr<ClaimAsked> NewClaim();
   // The claim's round trip: take the lock with `token`, read the record, the session's place in
   // the list of sessions and the Application.
   std::vector<std::vector<std::string>> ClaimCommands(const std::string& id, const std::string& token) const;

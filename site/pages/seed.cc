@@ -257,9 +257,6 @@ std::vector<std::string> SeedStatements(double today) {
 
 namespace {
 
-// A database made before passwords were hashed holds them as text: each becomes its hash (a Null
-// password stays Null: nobody signs in with it). SQLite keeps a hash whole in the old, narrower
-// column, whose declared width it does not enforce.
 // An index only makes pages faster: one that cannot be made (a table the database lacks, a user
 // without the right to make indexes) is left out, and the site starts all the same.
 void AddMissingIndexes(const std::shared_ptr<ado::Connection>& conn) {
@@ -271,6 +268,9 @@ void AddMissingIndexes(const std::shared_ptr<ado::Connection>& conn) {
   }
 }
 
+// A database made before passwords were hashed holds them as text: each becomes its hash (a Null
+// password stays Null: nobody signs in with it). SQLite keeps a hash whole in the old, narrower
+// column, whose declared width it does not enforce.
 void HashPlainPasswords(const std::shared_ptr<ado::Connection>& conn) {
   Object hasher = CreateObject("corvane.Password");
   std::vector<int32_t> ids;
