@@ -13,6 +13,7 @@
 
 #include <iconv.h>
 
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -92,26 +93,30 @@ const GbkTables& Gbk() {
 
 std::string EncodeGbk(std::string_view text) {
   const GbkTables& t = Gbk();
-  std::string out;
-  out.reserve(text.size());  // GBK never takes more bytes than UTF-8 for the same text
+  // GBK never takes more bytes than UTF-8 for the same text: the output is written in place into
+  // a buffer of the input's size and cut to length at the end.
+  std::string out(text.size(), '\0');
+  char* o = out.data();
   size_t i = 0;
   while (i < text.size()) {
     const size_t run = utf8::AsciiRun(text, i);
-    out.append(text.substr(i, run));
+    std::memcpy(o, text.data() + i, run);
+    o += run;
     i += run;
     if (i >= text.size()) break;
     const utf8::Char c = utf8::DecodeAt(text, i);
     const uint16_t code = c.valid && c.code < 0x10000 ? t.toGbk[c.code] : 0;
     if (code == 0) {
-      out.push_back('?');
+      *o++ = '?';
     } else if (code < 0x100) {
-      out.push_back(static_cast<char>(code));
+      *o++ = static_cast<char>(code);
     } else {
-      out.push_back(static_cast<char>(code >> 8));
-      out.push_back(static_cast<char>(code & 0xFF));
+      *o++ = static_cast<char>(code >> 8);
+      *o++ = static_cast<char>(code & 0xFF);
     }
     i += c.bytes;
   }
+  out.resize(static_cast<size_t>(o - out.data()));
   return out;
 }
 
