@@ -13,6 +13,8 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <vector>
 
 #include "corvane/variant.h"
 
@@ -20,12 +22,23 @@ namespace corvane::ado::detail {
 
 class ConnectionString;
 
+// The columns of a statement's result: the names as the database gives them, and the first column
+// of each name by its lower-cased form (fields are looked up by name in any case). A driver that
+// keeps its prepared statements keeps their column sets with them, so opening a recordset again
+// builds none.
+struct ColumnSet {
+  explicit ColumnSet(std::vector<std::string> columnNames);
+  std::vector<std::string> names;
+  std::unordered_map<std::string, int> byLowerName;
+};
+
 // One prepared statement. It keeps its session alive.
 class Cursor {
  public:
   virtual ~Cursor() = default;
-  virtual int ColumnCount() const = 0;
-  virtual const std::string& ColumnName(int column) const = 0;
+  // The result's columns (none for a statement that is not a query); never null.
+  virtual const std::shared_ptr<const ColumnSet>& Columns() const = 0;
+  int ColumnCount() const { return static_cast<int>(Columns()->names.size()); }
   // The ADO type code of the column: the declared type's, or when nothing is declared, that of the
   // current row's value (adVarWChar when there is no row).
   virtual int ColumnType(int column) const = 0;

@@ -31,7 +31,7 @@ int Recordset::FieldType(int index) const {
 
 std::string Recordset::FieldName(int index) const {
   impl_->RequireOpen();
-  return impl_->names[impl_->ColumnOf(index)];
+  return impl_->columns->names[impl_->ColumnOf(index)];
 }
 
 std::shared_ptr<ado::Field> Recordset::FieldObject(const Variant& which) const {
@@ -45,7 +45,7 @@ std::shared_ptr<ado::Field> Recordset::FieldObject(const Variant& which) const {
 
 int Recordset::FieldCount() const {
   impl_->RequireOpen();
-  return static_cast<int>(impl_->names.size());
+  return static_cast<int>(impl_->columns->names.size());
 }
 
 }  // namespace corvane::ado

@@ -10,12 +10,6 @@ int64_t RecordsetImpl::Open(std::shared_ptr<Session> s, std::string_view text) {
   std::unique_ptr<Cursor> c = s->Prepare(sql);
   if (c->ColumnCount() == 0) return RunChanging(*c);
   Reset();
-  int n = c->ColumnCount();
-  names.reserve(n);
-  for (int i = 0; i < n; ++i) {
-    names.push_back(c->ColumnName(i));
-    columnByName.try_emplace(LCase(names.back()), i);
-  }
   session = std::move(s);
   source = std::string(text);
   adapted = std::move(sql);
@@ -27,6 +21,8 @@ int64_t RecordsetImpl::Open(std::shared_ptr<Session> s, std::string_view text) {
     Reset();
     throw;
   }
+  // After the first step: a statement kept from before a change of the schema is prepared anew by it.
+  columns = cursor->Columns();
   return -1;
 }
 
@@ -49,8 +45,7 @@ void RecordsetImpl::Reset() {
   session.reset();
   source.clear();
   adapted.clear();
-  names.clear();
-  columnByName.clear();
+  columns.reset();
   eof = true;
   position = 0;
   count.reset();
@@ -65,13 +60,14 @@ void RecordsetImpl::RequireRecord() const {
 }
 
 int RecordsetImpl::ColumnOf(std::string_view name) const {
-  auto it = columnByName.find(LCase(name));
-  if (it == columnByName.end()) throw Error::ItemNotFound(std::string(name));
+  auto it = columns->byLowerName.find(LCase(name));
+  if (it == columns->byLowerName.end()) throw Error::ItemNotFound(std::string(name));
   return it->second;
 }
 
 int RecordsetImpl::ColumnOf(int index) const {
-  if (index < 0 || index >= static_cast<int>(names.size())) throw Error::ItemNotFound(std::to_string(index));
+  if (index < 0 || index >= static_cast<int>(columns->names.size()))
+    throw Error::ItemNotFound(std::to_string(index));
   return index;
 }
 

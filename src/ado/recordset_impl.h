@@ -12,8 +12,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
-#include <vector>
 
 #include "ado/driver.h"
 
@@ -40,8 +38,7 @@ class RecordsetImpl {
   std::string source;                // the statement as the caller gave it
   std::string adapted;
   std::unique_ptr<Cursor> cursor;
-  std::vector<std::string> names;
-  std::unordered_map<std::string, int> columnByName;  // lower-cased names; the first of equal ones
+  std::shared_ptr<const ColumnSet> columns;  // null while closed
   bool eof = true;
   int64_t position = 0;
   int32_t pageSize = 10;

@@ -52,6 +52,7 @@ void OdbcCursor::Describe() {
   SQLSMALLINT n = 0;
   if (!SQL_SUCCEEDED(SQLNumResultCols(stmt_->get(), &n))) Fail(*stmt_, "The result could not be read.");
   const bool foldsNames = session_->connection().dialect() == Dialect::PostgreSQL;
+  std::vector<std::string> names;
   for (SQLUSMALLINT i = 1; i <= n; ++i) {
     SQLWCHAR name[256] = {};
     SQLSMALLINT nameLength = 0, sqlType = 0, digits = 0, nullable = 0;
@@ -60,11 +61,12 @@ void OdbcCursor::Describe() {
             SQLDescribeColW(stmt_->get(), i, name, 256, &nameLength, &sqlType, &size, &digits, &nullable)))
       Fail(*stmt_, "The result could not be read.");
     std::string text = Narrow(name, std::min<size_t>(nameLength, 255));
-    names_.push_back(foldsNames ? NameAsWritten(body_, text) : text);
+    names.push_back(foldsNames ? NameAsWritten(body_, text) : text);
     sqlTypes_.push_back(sqlType);
     types_.push_back(TypeCodeOfSqlType(sqlType));
   }
-  row_.assign(names_.size(), Variant());
+  row_.assign(names.size(), Variant());
+  columns_ = std::make_shared<const ColumnSet>(std::move(names));
 }
 
 bool OdbcCursor::Step() {
@@ -91,7 +93,7 @@ bool OdbcCursor::Step() {
 }
 
 int64_t OdbcCursor::Run() {
-  if (!stmt_ || !names_.empty()) {
+  if (!stmt_ || !columns_->names.empty()) {
     stmt_.reset();
     return 0;
   }

@@ -25,8 +25,7 @@ class OdbcCursor final : public Cursor {
   OdbcCursor(std::shared_ptr<OdbcSession> session, std::string body, int64_t offset, bool windowed);
   ~OdbcCursor() override;
 
-  int ColumnCount() const override { return static_cast<int>(names_.size()); }
-  const std::string& ColumnName(int column) const override { return names_[column]; }
+  const std::shared_ptr<const ColumnSet>& Columns() const override { return columns_; }
   int ColumnType(int column) const override { return types_[column]; }
   bool Step() override;
   Variant Value(int column) const override { return row_[column]; }
@@ -44,7 +43,7 @@ class OdbcCursor final : public Cursor {
   int64_t windowRows_ = kFirstWindow;
   int64_t rowsInWindow_ = 0;
   std::unique_ptr<OdbcHandle> stmt_;  // null once the rows are read
-  std::vector<std::string> names_;
+  std::shared_ptr<const ColumnSet> columns_;
   std::vector<SQLSMALLINT> sqlTypes_;
   std::vector<int> types_;
   std::vector<Variant> row_;

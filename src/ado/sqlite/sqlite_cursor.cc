@@ -27,20 +27,14 @@ StoredValue Stored(sqlite3_stmt* stmt, int column) {
 
 }  // namespace
 
-SqliteCursor::SqliteCursor(std::shared_ptr<SqliteSession> session, std::string sql, sqlite3_stmt* stmt)
-    : session_(std::move(session)), sql_(std::move(sql)), stmt_(stmt) {
-  int n = sqlite3_column_count(stmt_);
-  names_.reserve(n);
-  declaredTypes_.reserve(n);
-  for (int i = 0; i < n; ++i) {
-    const char* name = sqlite3_column_name(stmt_, i);
-    const char* declared = sqlite3_column_decltype(stmt_, i);
-    names_.emplace_back(name ? name : "");
-    declaredTypes_.push_back(declared ? TypeCodeOfDeclaredType(declared) : adEmpty);
-  }
-}
+SqliteCursor::SqliteCursor(std::shared_ptr<SqliteSession> session, std::string sql, SqliteStatement statement)
+    : session_(std::move(session)),
+      sql_(std::move(sql)),
+      statement_(std::move(statement)),
+      stmt_(statement_.stmt),
+      declaredTypes_(&static_cast<const SqliteColumns&>(*statement_.columns).declaredTypes) {}
 
-SqliteCursor::~SqliteCursor() { session_->handle().Release(std::move(sql_), stmt_); }
+SqliteCursor::~SqliteCursor() { session_->handle().Release(std::move(sql_), std::move(statement_)); }
 
 void SqliteCursor::Fail() {
   onRow_ = false;
@@ -50,13 +44,15 @@ void SqliteCursor::Fail() {
 }
 
 int SqliteCursor::ColumnType(int column) const {
-  if (declaredTypes_[column] != adEmpty) return declaredTypes_[column];
+  if ((*declaredTypes_)[column] != adEmpty) return (*declaredTypes_)[column];
   if (!onRow_) return adVarWChar;
   return TypeCodeOfStoredValue(Stored(stmt_, column));
 }
 
 bool SqliteCursor::Step() {
   int rc = sqlite3_step(stmt_);
+  if (RereadColumnsIfPreparedAnew(statement_))
+    declaredTypes_ = &static_cast<const SqliteColumns&>(*statement_.columns).declaredTypes;
   if (rc == SQLITE_ROW) return onRow_ = true;
   if (rc != SQLITE_DONE) Fail();
   onRow_ = false;
@@ -64,7 +60,7 @@ bool SqliteCursor::Step() {
 }
 
 Variant SqliteCursor::Value(int column) const {
-  return FieldValue(declaredTypes_[column], Stored(stmt_, column));
+  return FieldValue((*declaredTypes_)[column], Stored(stmt_, column));
 }
 
 int64_t SqliteCursor::Run() {

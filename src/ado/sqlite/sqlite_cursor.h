@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "ado/driver.h"
+#include "ado/sqlite/sqlite_handle.h"
 
 namespace corvane::ado::detail {
 
@@ -15,12 +16,11 @@ class SqliteSession;
 
 class SqliteCursor final : public Cursor {
  public:
-  // Takes `stmt`, acquired from the session's handle for `sql`; gives it back when destroyed.
-  SqliteCursor(std::shared_ptr<SqliteSession> session, std::string sql, sqlite3_stmt* stmt);
+  // Takes `statement`, acquired from the session's handle for `sql`; gives it back when destroyed.
+  SqliteCursor(std::shared_ptr<SqliteSession> session, std::string sql, SqliteStatement statement);
   ~SqliteCursor() override;
 
-  int ColumnCount() const override { return static_cast<int>(names_.size()); }
-  const std::string& ColumnName(int column) const override { return names_[column]; }
+  const std::shared_ptr<const ColumnSet>& Columns() const override { return statement_.columns; }
   int ColumnType(int column) const override;
   bool Step() override;
   Variant Value(int column) const override;
@@ -31,9 +31,9 @@ class SqliteCursor final : public Cursor {
 
   std::shared_ptr<SqliteSession> session_;
   std::string sql_;
-  sqlite3_stmt* stmt_;
-  std::vector<std::string> names_;
-  std::vector<int> declaredTypes_;  // adEmpty where nothing is declared
+  SqliteStatement statement_;
+  sqlite3_stmt* stmt_;                     // statement_.stmt
+  const std::vector<int>* declaredTypes_;  // of statement_.columns; adEmpty where nothing is declared
   bool onRow_ = false;
 };
 

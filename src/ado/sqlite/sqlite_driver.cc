@@ -68,8 +68,7 @@ std::unique_ptr<Cursor> SqliteSession::PrepareFrom(const std::string& adapted, i
 }
 
 std::unique_ptr<Cursor> SqliteSession::Prepare(const std::string& adapted) {
-  sqlite3_stmt* stmt = handle_->Acquire(adapted);
-  return std::make_unique<SqliteCursor>(shared_from_this(), adapted, stmt);
+  return std::make_unique<SqliteCursor>(shared_from_this(), adapted, handle_->Acquire(adapted));
 }
 
 const Driver& SqliteDriver() {

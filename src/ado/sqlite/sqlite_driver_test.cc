@@ -93,6 +93,28 @@ TEST(SqliteDriver, ADeepPageCostsItsOwnRowsOnlyAndTheHandleGoesBackWithNoStateme
     EXPECT_FALSE(sqlite3_stmt_busy(s)) << sqlite3_sql(s);
 }
 
+// A statement is kept with its columns; when another connection changes the table, the next open of
+// the same text shows the table as it is now, names and declared types.
+TEST(SqliteDriver, AKeptStatementShowsTheColumnsOfAChangedTable) {
+  ScratchDatabase db;
+  db.Run({"create table t(a integer)", "insert into t values(1)"});
+  auto reader = std::make_shared<Connection>();
+  reader->Open(db.connectionString);
+  Recordset rs;
+  rs.Open("select * from t", reader);
+  EXPECT_EQ(rs.FieldCount(), 1);
+  rs.Close();  // the statement stays with the reader's handle
+  db.Run({"alter table t add column b datetime", "update t set b = '2026-11-24'"});
+  for (int open = 0; open < 2; ++open) {
+    rs.Open("select * from t", reader);
+    ASSERT_EQ(rs.FieldCount(), 2) << open;
+    EXPECT_EQ(rs.FieldName(1), "b");
+    EXPECT_EQ(rs.FieldType("B"), adDBTimeStamp);
+    EXPECT_EQ(rs.Field("b").ToString(), "2026-11-24");
+    rs.Close();
+  }
+}
+
 // A database file moved away under a running program (a restore, an operator's mv) must not take
 // the next writes with it: a pooled handle of the moved file is dropped, and the path is opened anew.
 TEST(SqliteDriver, AHandleWhoseFileWasMovedIsNotReused) {

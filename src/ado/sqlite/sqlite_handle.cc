@@ -1,5 +1,7 @@
 #include "ado/sqlite/sqlite_handle.h"
 
+#include "ado/field_types.h"
+#include "corvane/ado.h"
 #include "corvane/error.h"
 
 namespace corvane::ado::detail {
@@ -25,7 +27,32 @@ bool HoldsNoStatement(sqlite3* db, const char* text, const char* end) {
   }
 }
 
+std::vector<std::string> ColumnNames(sqlite3_stmt* stmt) {
+  std::vector<std::string> names(static_cast<size_t>(sqlite3_column_count(stmt)));
+  for (size_t i = 0; i < names.size(); ++i)
+    if (const char* name = sqlite3_column_name(stmt, static_cast<int>(i))) names[i] = name;
+  return names;
+}
+
+int Preparations(sqlite3_stmt* stmt) { return sqlite3_stmt_status(stmt, SQLITE_STMTSTATUS_REPREPARE, 0); }
+
 }  // namespace
+
+bool RereadColumnsIfPreparedAnew(SqliteStatement& statement) {
+  const int prepared = Preparations(statement.stmt);
+  if (statement.columns && prepared == statement.prepared) return false;
+  statement.columns = std::make_shared<const SqliteColumns>(statement.stmt);
+  statement.prepared = prepared;
+  return true;
+}
+
+SqliteColumns::SqliteColumns(sqlite3_stmt* stmt) : ColumnSet(ColumnNames(stmt)) {
+  declaredTypes.reserve(names.size());
+  for (size_t i = 0; i < names.size(); ++i) {
+    const char* declared = sqlite3_column_decltype(stmt, static_cast<int>(i));
+    declaredTypes.push_back(declared ? TypeCodeOfDeclaredType(declared) : adEmpty);
+  }
+}
 
 std::unique_ptr<SqliteHandle> SqliteHandle::Open(const std::string& path) {
   // SQLite's memory statistics take a global mutex on every allocation it makes, and nothing here
@@ -52,7 +79,7 @@ std::unique_ptr<SqliteHandle> SqliteHandle::Open(const std::string& path) {
 }
 
 SqliteHandle::~SqliteHandle() {
-  for (Entry& e : idle_) sqlite3_finalize(e.second);
+  for (Entry& e : idle_) sqlite3_finalize(e.second.stmt);
   sqlite3_close_v2(db_);
 }
 
@@ -73,19 +100,29 @@ sqlite3_stmt* SqliteHandle::Prepare(const std::string& sql) {
   return stmt;
 }
 
-sqlite3_stmt* SqliteHandle::Acquire(const std::string& sql) {
+SqliteStatement SqliteHandle::Acquire(const std::string& sql) {
+  SqliteStatement s;
   auto found = index_.find(sql);
-  if (found == index_.end()) return Prepare(sql);
-  auto entry = found->second;
-  sqlite3_stmt* stmt = entry->second;
-  index_.erase(found);
-  idle_.erase(entry);
-  return stmt;
+  if (found == index_.end()) {
+    s.stmt = Prepare(sql);
+  } else {
+    auto entry = found->second;
+    s = std::move(entry->second);
+    index_.erase(found);
+    idle_.erase(entry);
+  }
+  try {
+    RereadColumnsIfPreparedAnew(s);
+  } catch (...) {
+    sqlite3_finalize(s.stmt);
+    throw;
+  }
+  return s;
 }
 
-void SqliteHandle::Release(std::string sql, sqlite3_stmt* stmt) {
-  sqlite3_reset(stmt);
-  idle_.emplace_front(std::move(sql), stmt);
+void SqliteHandle::Release(std::string sql, SqliteStatement statement) {
+  sqlite3_reset(statement.stmt);
+  idle_.emplace_front(std::move(sql), std::move(statement));
   index_.emplace(idle_.front().first, idle_.begin());
   if (idle_.size() <= kCacheSize) return;
   auto oldest = std::prev(idle_.end());
@@ -96,7 +133,7 @@ void SqliteHandle::Release(std::string sql, sqlite3_stmt* stmt) {
       break;
     }
   }
-  sqlite3_finalize(oldest->second);
+  sqlite3_finalize(oldest->second.stmt);
   idle_.erase(oldest);
 }
 

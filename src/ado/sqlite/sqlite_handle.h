@@ -4,6 +4,9 @@
 // Release; while it is out, an Acquire of the same text prepares another one, so two recordsets may
 // run the same query side by side. Idle statements beyond kCacheSize are finalized, least recently
 // used first. A handle is used by one thread at a time (the pool hands it to one session).
+//
+// A statement is kept with its result's columns, read when it was prepared and read again when
+// SQLite has prepared it anew since (after a change of the schema).
 #pragma once
 
 #include <sqlite3.h>
@@ -14,8 +17,29 @@
 #include <string_view>
 #include <unordered_map>
 #include <utility>
+#include <vector>
+
+#include "ado/driver.h"
 
 namespace corvane::ado::detail {
+
+// The columns of a SQLite statement: names, and each one's ADO type code by its declared type
+// (adEmpty where nothing is declared).
+struct SqliteColumns : ColumnSet {
+  explicit SqliteColumns(sqlite3_stmt* stmt);
+  std::vector<int> declaredTypes;
+};
+
+// A prepared statement and its columns.
+struct SqliteStatement {
+  sqlite3_stmt* stmt = nullptr;
+  std::shared_ptr<const ColumnSet> columns;  // a SqliteColumns
+  int prepared = 0;                          // SQLite's count of new preparations when they were read
+};
+
+// Reads the statement's columns again when SQLite has prepared it anew since they were read (it does
+// so in a step, after the schema changed). True when it did.
+bool RereadColumnsIfPreparedAnew(SqliteStatement& statement);
 
 class SqliteHandle {
  public:
@@ -34,10 +58,10 @@ class SqliteHandle {
   // A prepared statement of `sql`. Raises Error::Database with SQLite's message when the statement is
   // rejected, when the text holds no statement, or when anything but blanks, semicolons and comments
   // follows the first statement.
-  sqlite3_stmt* Acquire(const std::string& sql);
+  SqliteStatement Acquire(const std::string& sql);
   // Takes back a statement from Acquire: reset and kept, with its text, for the next Acquire of the
   // same text.
-  void Release(std::string sql, sqlite3_stmt* stmt);
+  void Release(std::string sql, SqliteStatement statement);
 
   // Makes the handle fit for its next user: every statement reset, no transaction open. False when
   // that could not be done; such a handle should be closed.
@@ -49,7 +73,7 @@ class SqliteHandle {
   explicit SqliteHandle(sqlite3* db) : db_(db) {}
   sqlite3_stmt* Prepare(const std::string& sql);
 
-  using Entry = std::pair<std::string, sqlite3_stmt*>;
+  using Entry = std::pair<std::string, SqliteStatement>;
   sqlite3* db_;
   std::list<Entry> idle_;  // most recently used first
   // By the text held in the entry itself (list entries stay where they are).
