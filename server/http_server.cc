@@ -314,8 +314,8 @@ struct HttpServer::Impl {
     bool newSession = lease.IsProvisional();
     host::PageRequest request =
         RequestOf(page->sitePath, req, scripts.CodePageFor(*page, *lease.Session().ptr()));
-    request.serverVariables.emplace_back("PATH_TRANSLATED",
-                                         host::LocalPathIn(files.Root().string(), page->sitePath));
+    // The cached page's site path is the one its file has on disk, so its local path needs no look-up.
+    request.serverVariables.emplace_back("PATH_TRANSLATED", files.Root().string() + page->sitePath);
     request.serverVariables.emplace_back("APPL_PHYSICAL_PATH", files.Root().string() + "/");
     HttpReply refused;
     if (!Guard(page->sitePath, req, refused, lease, request)) return refused;

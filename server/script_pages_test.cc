@@ -142,6 +142,10 @@ TEST(ScriptPagesTest, HostObjectsAsScriptsUseThem) {
   }
   // The page stores nothing in its session: its own cookie is the only one.
   EXPECT_EQ(site.Get("/resp.asp")->get_header_value("Set-Cookie"), "k=v; path=/");
+  // A page asked for in another case knows its file as it is on disk.
+  site.Write("/d/Path.asp",
+             "<%= Mid(Request.ServerVariables(\"PATH_TRANSLATED\"), Len(Server.MapPath(\"/\")) + 1) %>");
+  EXPECT_EQ(site.Body("/D/PATH.ASP"), "/d/Path.asp");
 }
 
 TEST(ScriptPagesTest, GlobalAsaEventsAndDeclaredObjects) {
