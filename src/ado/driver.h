@@ -56,6 +56,9 @@ class Cursor {
 // fails partway: it may have changed something before it failed.
 int64_t RunChanging(Cursor& statement);
 
+// The number a count query (Session::CountQuery) answers.
+int64_t CountRows(Cursor& counter);
+
 class Session {
  public:
   virtual ~Session() = default;
@@ -69,6 +72,8 @@ class Session {
   // The rows of the query `adapted` from the 0-based row `offset` on, the rows before it skipped by
   // the database rather than read.
   virtual std::unique_ptr<Cursor> PrepareFrom(const std::string& adapted, int64_t offset) = 0;
+  // The number of rows of the query `adapted`: its count query, run.
+  virtual int64_t Count(const std::string& adapted);
 };
 
 class Driver {

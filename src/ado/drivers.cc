@@ -10,6 +10,12 @@
 
 namespace corvane::ado::detail {
 
+int64_t CountRows(Cursor& counter) {
+  return counter.Step() ? static_cast<int64_t>(counter.Value(0).ToDouble()) : 0;
+}
+
+int64_t Session::Count(const std::string& adapted) { return CountRows(*Prepare(CountQuery(adapted))); }
+
 std::shared_ptr<Session> Connect(std::string_view connectionString) {
   static const std::array<const Driver*, 2> drivers{&SqliteDriver(), &OdbcDriver()};
   ConnectionString cs = ConnectionString::Parse(connectionString);

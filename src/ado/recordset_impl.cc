@@ -72,10 +72,7 @@ int RecordsetImpl::ColumnOf(int index) const {
 }
 
 int64_t RecordsetImpl::Count() {
-  if (!count) {
-    std::unique_ptr<Cursor> counter = session->Prepare(session->CountQuery(adapted));
-    count = counter->Step() ? static_cast<int64_t>(counter->Value(0).ToDouble()) : 0;
-  }
+  if (!count) count = session->Count(adapted);
   return *count;
 }
 

@@ -50,6 +50,7 @@ int SqliteCursor::ColumnType(int column) const {
 }
 
 bool SqliteCursor::Step() {
+  if (!statement_.pureRead) session_->handle().ForgetCounts();
   int rc = sqlite3_step(stmt_);
   if (RereadColumnsIfPreparedAnew(statement_))
     declaredTypes_ = &static_cast<const SqliteColumns&>(*statement_.columns).declaredTypes;
@@ -65,6 +66,7 @@ Variant SqliteCursor::Value(int column) const {
 
 int64_t SqliteCursor::Run() {
   sqlite3* db = session_->handle().db();
+  if (!statement_.pureRead) session_->handle().ForgetCounts();
   int64_t before = sqlite3_total_changes64(db);
   int rc;
   while ((rc = sqlite3_step(stmt_)) == SQLITE_ROW) {

@@ -26,6 +26,8 @@ class SqliteCursor final : public Cursor {
   Variant Value(int column) const override;
   int64_t Run() override;
 
+  const SqliteStatement& Statement() const { return statement_; }
+
  private:
   [[noreturn]] void Fail();
 

@@ -71,6 +71,19 @@ std::unique_ptr<Cursor> SqliteSession::Prepare(const std::string& adapted) {
   return std::make_unique<SqliteCursor>(shared_from_this(), adapted, handle_->Acquire(adapted));
 }
 
+int64_t SqliteSession::Count(const std::string& adapted) {
+  const std::string sql = CountQuery(adapted);
+  SqliteCursor counter(shared_from_this(), sql, handle_->Acquire(sql));
+  if (!handle_->MayKeepCount(counter.Statement())) return CountRows(counter);
+  // Read before the count runs: a commit in between moves the version this connection sees, and
+  // what was kept under the older one is not used again.
+  const int64_t version = handle_->DataVersion();
+  if (std::optional<int64_t> kept = handle_->KeptCount(sql, version)) return *kept;
+  const int64_t count = CountRows(counter);
+  handle_->KeepCount(sql, version, count);
+  return count;
+}
+
 const Driver& SqliteDriver() {
   static const Sqlite driver;
   return driver;

@@ -21,6 +21,8 @@ class SqliteSession : public Session, public std::enable_shared_from_this<Sqlite
   std::string CountQuery(std::string_view adapted) const override;
   std::unique_ptr<Cursor> Prepare(const std::string& adapted) override;
   std::unique_ptr<Cursor> PrepareFrom(const std::string& adapted, int64_t offset) override;
+  // Kept by the handle while the database is as it was (see sqlite_handle.h).
+  int64_t Count(const std::string& adapted) override;
 
   SqliteHandle& handle() { return *handle_; }
 

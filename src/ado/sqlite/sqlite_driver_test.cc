@@ -3,6 +3,7 @@
 // a handle goes back to the pool in.
 #include <filesystem>
 #include <fstream>
+#include <functional>
 
 #include "ado/data_layer_fixture.h"
 #include "ado/sqlite/sqlite_test_hook.h"
@@ -113,6 +114,60 @@ TEST(SqliteDriver, AKeptStatementShowsTheColumnsOfAChangedTable) {
     EXPECT_EQ(rs.Field("b").ToString(), "2026-11-24");
     rs.Close();
   }
+}
+
+// Counts the count queries the database runs.
+static int CountCountQueries(unsigned, void* counted, void* stmt, void*) {
+  if (std::string_view(sqlite3_sql(static_cast<sqlite3_stmt*>(stmt))).starts_with("select count(*)"))
+    ++*static_cast<int*>(counted);
+  return 0;
+}
+
+// A list page counts its query on every page: the count is kept while the database is surely as it
+// was, and asked again after any change, by another connection or by this one, and in a transaction.
+TEST(SqliteDriver, ACountIsKeptOnlyWhileTheDatabaseIsAsItWas) {
+  ScratchDatabase db;
+  db.Run({"create table t(id integer primary key)", "insert into t values(1),(2),(3)",
+          "create view late as select id from t where id < random()"});
+  auto c = std::make_shared<Connection>();
+  c->Open(db.connectionString);
+  int ran = 0;
+  sqlite3_trace_v2(detail::SqliteHandleOf(*c), SQLITE_TRACE_STMT, CountCountQueries, &ran);
+  auto count = [&](const char* sql) {
+    Recordset rs;
+    rs.Open(sql, c);
+    return rs.RecordCount();
+  };
+  const char* list = "select id from t where 1=1 order by id";
+  // {what happens first, the count then, the count queries run so far}
+  const std::tuple<std::function<void()>, int, int> steps[] = {
+      {[] {}, 3, 1},
+      {[] {}, 3, 1},                                              // kept
+      {[&] { db.Run({"insert into t values(4)"}); }, 4, 2},       // another connection
+      {[&] { c->Execute("delete from t where id = 1"); }, 3, 3},  // this one
+      {[&] { c->Execute("begin"); }, 3, 4},                       // a transaction opens
+      {[&] { c->Execute("insert into t values(9)"); }, 4, 5},
+      {[] {}, 4, 6},  // not kept in a transaction
+      {[&] { c->Execute("rollback"); }, 3, 7},
+      {[] {}, 3, 7}};
+  for (size_t i = 0; i < std::size(steps); ++i) {
+    std::get<0>(steps[i])();
+    EXPECT_EQ(count(list), std::get<1>(steps[i])) << i;
+    EXPECT_EQ(ran, std::get<2>(steps[i])) << i;
+  }
+  // Calls of any function but count(), a view's too, are asked every time.
+  for (const char* sql : {"select id from t where abs(id) > 0", "select id from late"}) {
+    ran = 0;
+    count(sql);
+    count(sql);
+    EXPECT_EQ(ran, 2) << sql;
+  }
+  // Nor is anything kept once another database was attached: its commits move no version here.
+  c->Execute("attach database ':memory:' as aux");
+  ran = 0;
+  count(list);
+  count(list);
+  EXPECT_EQ(ran, 2);
 }
 
 // A database file moved away under a running program (a restore, an operator's mv) must not take

@@ -75,22 +75,54 @@ std::unique_ptr<SqliteHandle> SqliteHandle::Open(const std::string& path) {
     sqlite3_close_v2(db);
     throw Error::Database(message);
   }
-  return std::unique_ptr<SqliteHandle>(new SqliteHandle(db));
+  std::unique_ptr<SqliteHandle> handle(new SqliteHandle(db));
+  sqlite3_set_authorizer(db, &SqliteHandle::Authorize, handle.get());
+  // Without it no count is kept (DataVersion answers -1).
+  sqlite3_prepare_v3(db, "PRAGMA data_version", -1, SQLITE_PREPARE_PERSISTENT, &handle->dataVersion_,
+                     nullptr);
+  return handle;
 }
 
 SqliteHandle::~SqliteHandle() {
   for (Entry& e : idle_) sqlite3_finalize(e.second.stmt);
+  sqlite3_finalize(dataVersion_);
   sqlite3_close_v2(db_);
 }
 
-sqlite3_stmt* SqliteHandle::Prepare(const std::string& sql) {
+int SqliteHandle::Authorize(void* handle, int action, const char*, const char* name, const char* database,
+                            const char*) {
+  auto* self = static_cast<SqliteHandle*>(handle);
+  switch (action) {
+    case SQLITE_SELECT:
+    case SQLITE_RECURSIVE: break;
+    case SQLITE_READ:
+      if (database && sqlite3_stricmp(database, "main") != 0 && sqlite3_stricmp(database, "temp") != 0)
+        self->compiledPureRead_ = false;
+      break;
+    case SQLITE_ATTACH:
+      // Another connection's commit to an attached database does not move main's data version (and
+      // a read of a whole table does not always name its database): no count is kept from now on.
+      self->attached_ = true;
+      self->compiledPureRead_ = false;
+      break;
+    case SQLITE_FUNCTION:
+      if (!name || sqlite3_stricmp(name, "count") != 0) self->compiledPureRead_ = false;
+      break;
+    default: self->compiledPureRead_ = false;
+  }
+  return SQLITE_OK;
+}
+
+sqlite3_stmt* SqliteHandle::Prepare(const std::string& sql, bool& pureRead) {
   sqlite3_stmt* stmt = nullptr;
   const char* tail = nullptr;
   const char* end = sql.data() + sql.size();
+  compiledPureRead_ = true;
   int rc = sqlite3_prepare_v3(db_, sql.data(), static_cast<int>(sql.size()), SQLITE_PREPARE_PERSISTENT, &stmt,
                               &tail);
   if (rc != SQLITE_OK) throw Error::Database(sqlite3_errmsg(db_));
   if (!stmt) throw Error::Database("Command text was not set for the command object.");
+  pureRead = compiledPureRead_;
   if (!HoldsNoStatement(db_, tail, end)) {
     sqlite3_finalize(stmt);
     throw Error::Database(
@@ -104,7 +136,7 @@ SqliteStatement SqliteHandle::Acquire(const std::string& sql) {
   SqliteStatement s;
   auto found = index_.find(sql);
   if (found == index_.end()) {
-    s.stmt = Prepare(sql);
+    s.stmt = Prepare(sql, s.pureRead);
   } else {
     auto entry = found->second;
     s = std::move(entry->second);
@@ -139,8 +171,41 @@ void SqliteHandle::Release(std::string sql, SqliteStatement statement) {
 
 bool SqliteHandle::ResetForReuse() {
   for (sqlite3_stmt* s = sqlite3_next_stmt(db_, nullptr); s; s = sqlite3_next_stmt(db_, s)) sqlite3_reset(s);
-  if (!sqlite3_get_autocommit(db_)) sqlite3_exec(db_, "ROLLBACK", nullptr, nullptr, nullptr);
+  if (!sqlite3_get_autocommit(db_)) {
+    ForgetCounts();
+    sqlite3_exec(db_, "ROLLBACK", nullptr, nullptr, nullptr);
+  }
   return sqlite3_get_autocommit(db_) != 0;
+}
+
+bool SqliteHandle::MayKeepCount(const SqliteStatement& counter) const {
+  return counter.pureRead && !attached_ && dataVersion_ && sqlite3_get_autocommit(db_) &&
+         sqlite3_stmt_status(counter.stmt, SQLITE_STMTSTATUS_REPREPARE, 0) == 0;
+}
+
+int64_t SqliteHandle::DataVersion() {
+  if (!dataVersion_) return -1;
+  const int64_t version =
+      sqlite3_step(dataVersion_) == SQLITE_ROW ? sqlite3_column_int64(dataVersion_, 0) : -1;
+  sqlite3_reset(dataVersion_);
+  return version;
+}
+
+std::optional<int64_t> SqliteHandle::KeptCount(const std::string& countSql, int64_t version) {
+  if (version < 0 || version != countsVersion_) {
+    counts_.clear();
+    countsVersion_ = version;
+    return std::nullopt;
+  }
+  auto it = counts_.find(countSql);
+  if (it == counts_.end()) return std::nullopt;
+  return it->second;
+}
+
+void SqliteHandle::KeepCount(const std::string& countSql, int64_t version, int64_t count) {
+  if (version < 0 || version != countsVersion_) return;
+  if (counts_.size() >= kMostCounts) counts_.clear();
+  counts_.insert_or_assign(countSql, count);
 }
 
 }  // namespace corvane::ado::detail

@@ -7,12 +7,21 @@
 //
 // A statement is kept with its result's columns, read when it was prepared and read again when
 // SQLite has prepared it anew since (after a change of the schema).
+//
+// The handle also keeps the counts of the queries it counted (a list page counts its query on every
+// page), for as long as the database is surely as it was then: no other connection has committed
+// since (PRAGMA data_version tells) and this one has run nothing but pure reads (a statement that
+// changes anything, or opens or ends a transaction, forgets them all). Only a count of a pure read,
+// one that reads tables and calls no function but count() (a view's functions included), is kept,
+// none while a transaction is open, and none on a handle that ever attached another database: such
+// a count is what running it again would answer.
 #pragma once
 
 #include <sqlite3.h>
 
 #include <list>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -35,6 +44,7 @@ struct SqliteStatement {
   sqlite3_stmt* stmt = nullptr;
   std::shared_ptr<const ColumnSet> columns;  // a SqliteColumns
   int prepared = 0;                          // SQLite's count of new preparations when they were read
+  bool pureRead = false;  // reads tables and calls no function but count(), as first prepared
 };
 
 // Reads the statement's columns again when SQLite has prepared it anew since they were read (it does
@@ -69,15 +79,37 @@ class SqliteHandle {
 
   size_t CachedStatements() const { return idle_.size(); }
 
+  // True when the count of `counter` (acquired here) may be kept: a pure read, not prepared anew
+  // since, and no transaction open.
+  bool MayKeepCount(const SqliteStatement& counter) const;
+  // The database's version as this connection sees it (PRAGMA data_version); -1 when it cannot be
+  // read.
+  int64_t DataVersion();
+  // The count kept for `countSql` at `version`; none when none is, or the version has moved (all
+  // kept counts are then forgotten).
+  std::optional<int64_t> KeptCount(const std::string& countSql, int64_t version);
+  void KeepCount(const std::string& countSql, int64_t version, int64_t count);
+  // Called before this connection runs anything but a pure read.
+  void ForgetCounts() { counts_.clear(); }
+
  private:
+  static constexpr size_t kMostCounts = 256;  // then they are all forgotten
+
   explicit SqliteHandle(sqlite3* db) : db_(db) {}
-  sqlite3_stmt* Prepare(const std::string& sql);
+  sqlite3_stmt* Prepare(const std::string& sql, bool& pureRead);
+  // SQLite's authorizer, asked while a statement compiles: notes whether it does more than read.
+  static int Authorize(void* handle, int action, const char* a, const char* b, const char*, const char*);
 
   using Entry = std::pair<std::string, SqliteStatement>;
   sqlite3* db_;
   std::list<Entry> idle_;  // most recently used first
   // By the text held in the entry itself (list entries stay where they are).
   std::unordered_multimap<std::string_view, std::list<Entry>::iterator> index_;
+  bool compiledPureRead_ = true;  // set by Authorize
+  bool attached_ = false;         // an ATTACH was compiled on this handle
+  sqlite3_stmt* dataVersion_ = nullptr;
+  int64_t countsVersion_ = -1;
+  std::unordered_map<std::string, int64_t> counts_;
 };
 
 }  // namespace corvane::ado::detail
