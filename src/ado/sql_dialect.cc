@@ -286,26 +286,37 @@ static std::string AdaptUncached(Dialect dialect, std::string_view sql) {
   return AdaptClauses(Apply(sql, std::move(edits)));
 }
 
+namespace {
+
 // Pages send the same few statements again and again (a list's query, a look-up per shown row with
-// a handful of different codes), so each thread keeps the texts it adapted. The cache is dropped
-// whole when it is full: simpler than an LRU and as good for a working set that fits. A statement
-// that is refused is not kept and is refused again next time.
+// a handful of different codes), so each thread keeps the texts it made from them: `make(sql)`, kept
+// by the text as given (no key is built for a lookup) in `memo`. A memo is dropped whole when it is
+// full: simpler than an LRU and as good for a working set that fits. A text `make` refuses is not
+// kept and is refused again next time.
+struct TextHash {
+  using is_transparent = void;
+  size_t operator()(std::string_view s) const { return std::hash<std::string_view>{}(s); }
+};
+using TextMemo = std::unordered_map<std::string, std::string, TextHash, std::equal_to<>>;
+
+template <typename Make>
+std::string Memoized(TextMemo& memo, std::string_view sql, Make make) {
+  constexpr size_t kKept = 512, kLongestKept = 4096;
+  if (sql.size() > kLongestKept) return make(sql);
+  if (auto it = memo.find(sql); it != memo.end()) return it->second;
+  std::string made = make(sql);
+  if (memo.size() >= kKept) memo.clear();
+  memo.emplace(std::string(sql), made);
+  return made;
+}
+
+}  // namespace
+
 std::string Adapt(Dialect dialect, std::string_view sql) {
   if (dialect == Dialect::SqlServer) return std::string(sql);
-  constexpr size_t kCachedStatements = 512, kLongestCached = 4096;
-  if (sql.size() > kLongestCached) return AdaptUncached(dialect, sql);
-  // Found by the text as given (no key is built for a lookup); one cache per dialect.
-  struct Hash {
-    using is_transparent = void;
-    size_t operator()(std::string_view s) const { return std::hash<std::string_view>{}(s); }
-  };
-  thread_local std::unordered_map<std::string, std::string, Hash, std::equal_to<>> caches[4];
-  auto& cache = caches[static_cast<int>(dialect)];
-  if (auto it = cache.find(sql); it != cache.end()) return it->second;
-  std::string adapted = AdaptUncached(dialect, sql);
-  if (cache.size() >= kCachedStatements) cache.clear();
-  cache.emplace(std::string(sql), adapted);
-  return adapted;
+  thread_local TextMemo memos[4];  // one per dialect
+  return Memoized(memos[static_cast<int>(dialect)], sql,
+                  [dialect](std::string_view s) { return AdaptUncached(dialect, s); });
 }
 
 void RefuseStackedStatements(std::string_view sql) {
@@ -325,10 +336,13 @@ void RefuseStackedStatements(std::string_view sql) {
 }
 
 std::string CountQuery(Dialect dialect, std::string_view adapted) {
-  std::string out = "select count(*) from (";
-  out += WithoutTopLevelOrderBy(StatementBody(adapted));
-  out += dialect == Dialect::SQLite ? ")" : ") as corvane_rows";
-  return out;
+  thread_local TextMemo memos[4];  // one per dialect
+  return Memoized(memos[static_cast<int>(dialect)], adapted, [dialect](std::string_view sql) {
+    std::string out = "select count(*) from (";
+    out += WithoutTopLevelOrderBy(StatementBody(sql));
+    out += dialect == Dialect::SQLite ? ")" : ") as corvane_rows";
+    return out;
+  });
 }
 
 std::string OffsetQuery(Dialect dialect, std::string_view adapted, int64_t offset, int64_t rows) {
