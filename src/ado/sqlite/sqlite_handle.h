@@ -90,7 +90,9 @@ class SqliteHandle {
   std::optional<int64_t> KeptCount(const std::string& countSql, int64_t version);
   void KeepCount(const std::string& countSql, int64_t version, int64_t count);
   // Called before this connection runs anything but a pure read.
-  void ForgetCounts() { counts_.clear(); }
+  void ForgetCounts() {
+    if (!counts_.empty()) counts_.clear();
+  }
 
  private:
   static constexpr size_t kMostCounts = 256;  // then they are all forgotten
