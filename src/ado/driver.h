@@ -37,7 +37,7 @@ class Cursor {
  public:
   virtual ~Cursor() = default;
   // The result's columns (none for a statement that is not a query); never null.
-  virtual const std::shared_ptr<const ColumnSet>& Columns() const = 0;
+  virtual std::shared_ptr<const ColumnSet> Columns() const = 0;
   int ColumnCount() const { return static_cast<int>(Columns()->names.size()); }
   // The ADO type code of the column: the declared type's, or when nothing is declared, that of the
   // current row's value (adVarWChar when there is no row).

@@ -25,7 +25,7 @@ class OdbcCursor final : public Cursor {
   OdbcCursor(std::shared_ptr<OdbcSession> session, std::string body, int64_t offset, bool windowed);
   ~OdbcCursor() override;
 
-  const std::shared_ptr<const ColumnSet>& Columns() const override { return columns_; }
+  std::shared_ptr<const ColumnSet> Columns() const override { return columns_; }
   int ColumnType(int column) const override { return types_[column]; }
   bool Step() override;
   Variant Value(int column) const override { return row_[column]; }

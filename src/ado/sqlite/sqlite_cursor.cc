@@ -28,32 +28,28 @@ StoredValue Stored(sqlite3_stmt* stmt, int column) {
 }  // namespace
 
 SqliteCursor::SqliteCursor(std::shared_ptr<SqliteSession> session, std::string sql, SqliteStatement statement)
-    : session_(std::move(session)),
-      sql_(std::move(sql)),
-      statement_(std::move(statement)),
-      stmt_(statement_.stmt),
-      declaredTypes_(&static_cast<const SqliteColumns&>(*statement_.columns).declaredTypes) {}
+    : session_(std::move(session)), sql_(std::move(sql)), statement_(std::move(statement)) {}
 
 SqliteCursor::~SqliteCursor() { session_->handle().Release(std::move(sql_), std::move(statement_)); }
 
 void SqliteCursor::Fail() {
   onRow_ = false;
   std::string message = sqlite3_errmsg(session_->handle().db());
-  sqlite3_reset(stmt_);
+  sqlite3_reset(statement_.stmt);
   throw Error::Database(message);
 }
 
 int SqliteCursor::ColumnType(int column) const {
-  if ((*declaredTypes_)[column] != adEmpty) return (*declaredTypes_)[column];
+  const int declared = statement_.columns->declaredTypes[column];
+  if (declared != adEmpty) return declared;
   if (!onRow_) return adVarWChar;
-  return TypeCodeOfStoredValue(Stored(stmt_, column));
+  return TypeCodeOfStoredValue(Stored(statement_.stmt, column));
 }
 
 bool SqliteCursor::Step() {
   if (!statement_.pureRead) session_->handle().ForgetCounts();
-  int rc = sqlite3_step(stmt_);
-  if (RereadColumnsIfPreparedAnew(statement_))
-    declaredTypes_ = &static_cast<const SqliteColumns&>(*statement_.columns).declaredTypes;
+  int rc = sqlite3_step(statement_.stmt);
+  RereadColumnsIfPreparedAnew(statement_);
   if (rc == SQLITE_ROW) return onRow_ = true;
   if (rc != SQLITE_DONE) Fail();
   onRow_ = false;
@@ -61,7 +57,7 @@ bool SqliteCursor::Step() {
 }
 
 Variant SqliteCursor::Value(int column) const {
-  return FieldValue((*declaredTypes_)[column], Stored(stmt_, column));
+  return FieldValue(statement_.columns->declaredTypes[column], Stored(statement_.stmt, column));
 }
 
 int64_t SqliteCursor::Run() {
@@ -69,14 +65,14 @@ int64_t SqliteCursor::Run() {
   if (!statement_.pureRead) session_->handle().ForgetCounts();
   int64_t before = sqlite3_total_changes64(db);
   int rc;
-  while ((rc = sqlite3_step(stmt_)) == SQLITE_ROW) {
+  while ((rc = sqlite3_step(statement_.stmt)) == SQLITE_ROW) {
   }
   if (rc != SQLITE_DONE) Fail();
   onRow_ = false;
   // sqlite3_changes keeps the count of the last insert, update or delete: statements that changed
   // nothing (a query, a create table) leave the total alone and answer 0.
   int64_t changed = sqlite3_total_changes64(db) == before ? 0 : sqlite3_changes64(db);
-  sqlite3_reset(stmt_);
+  sqlite3_reset(statement_.stmt);
   return changed;
 }
 

@@ -20,7 +20,7 @@ class SqliteCursor final : public Cursor {
   SqliteCursor(std::shared_ptr<SqliteSession> session, std::string sql, SqliteStatement statement);
   ~SqliteCursor() override;
 
-  const std::shared_ptr<const ColumnSet>& Columns() const override { return statement_.columns; }
+  std::shared_ptr<const ColumnSet> Columns() const override { return statement_.columns; }
   int ColumnType(int column) const override;
   bool Step() override;
   Variant Value(int column) const override;
@@ -34,8 +34,6 @@ class SqliteCursor final : public Cursor {
   std::shared_ptr<SqliteSession> session_;
   std::string sql_;
   SqliteStatement statement_;
-  sqlite3_stmt* stmt_;                     // statement_.stmt
-  const std::vector<int>* declaredTypes_;  // of statement_.columns; adEmpty where nothing is declared
   bool onRow_ = false;
 };
 

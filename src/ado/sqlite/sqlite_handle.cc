@@ -38,12 +38,11 @@ int Preparations(sqlite3_stmt* stmt) { return sqlite3_stmt_status(stmt, SQLITE_S
 
 }  // namespace
 
-bool RereadColumnsIfPreparedAnew(SqliteStatement& statement) {
+void RereadColumnsIfPreparedAnew(SqliteStatement& statement) {
   const int prepared = Preparations(statement.stmt);
-  if (statement.columns && prepared == statement.prepared) return false;
+  if (statement.columns && prepared == statement.prepared) return;
   statement.columns = std::make_shared<const SqliteColumns>(statement.stmt);
   statement.prepared = prepared;
-  return true;
 }
 
 SqliteColumns::SqliteColumns(sqlite3_stmt* stmt) : ColumnSet(ColumnNames(stmt)) {

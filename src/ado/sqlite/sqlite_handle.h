@@ -42,14 +42,14 @@ struct SqliteColumns : ColumnSet {
 // A prepared statement and its columns.
 struct SqliteStatement {
   sqlite3_stmt* stmt = nullptr;
-  std::shared_ptr<const ColumnSet> columns;  // a SqliteColumns
-  int prepared = 0;                          // SQLite's count of new preparations when they were read
+  std::shared_ptr<const SqliteColumns> columns;
+  int prepared = 0;       // SQLite's count of new preparations when they were read
   bool pureRead = false;  // reads tables and calls no function but count(), as first prepared
 };
 
 // Reads the statement's columns again when SQLite has prepared it anew since they were read (it does
-// so in a step, after the schema changed). True when it did.
-bool RereadColumnsIfPreparedAnew(SqliteStatement& statement);
+// so in a step, after the schema changed).
+void RereadColumnsIfPreparedAnew(SqliteStatement& statement);
 
 class SqliteHandle {
  public:
