@@ -201,26 +201,5 @@ TEST(HttpLimitsTest, TheHealthCheckAnswersWithoutSessionOrGuard) {
   EXPECT_EQ(asked, 1);
 }
 
-TEST(HttpLimitsTest, StopFinishesTheRequestsInFlightAndRefusesNewOnes) {
-  auto s = std::make_unique<TestServer>(Limits(), Pages());
-  const int port = s->port;
-  RawClient inFlight(s->port), idle(s->port);
-  idle.Send("GET /echo.asp HTTP/1.1\r\n\r\n");
-  idle.Read(200ms);
-  inFlight.Send("GET /slow.asp HTTP/1.1\r\n\r\n");
-  std::this_thread::sleep_for(100ms);
-  auto start = std::chrono::steady_clock::now();
-  s->server->Stop();
-  bool closed = false;
-  EXPECT_EQ(idle.Read(300ms, &closed), "");
-  EXPECT_TRUE(closed);
-  EXPECT_THAT(inFlight.Read(1000ms, &closed),
-              AllOf(StartsWith("HTTP/1.1 200"), HasSubstr("Connection: close")));
-  s.reset();  // Run() has returned: the thread joins
-  EXPECT_LT(std::chrono::steady_clock::now() - start, 2s);
-  RawClient late(port);
-  EXPECT_FALSE(late.Connected());
-}
-
 }  // namespace
 }  // namespace corvane::server
