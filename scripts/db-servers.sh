@@ -55,6 +55,17 @@ free_port() {
   exit 1
 }
 
+# Runs a step with its output in LOG; when it fails, says which step and shows the end of every log
+# beside LOG (the server's own log too), before the caller's exit trap removes the folder.
+step() {
+  local what=$1 log=$2
+  shift 2
+  "$@" >"$log" 2>&1 && return
+  echo "db-servers: $what failed" >&2
+  tail -n 40 "$(dirname "$log")"/*.log >&2 || true
+  exit 1
+}
+
 driver_or_library() {  # the driver's name when odbcinst.ini has it, else its library
   if odbcinst -q -d 2>/dev/null | grep -qx "\[$1\]"; then echo "{$1}"; else echo "$2"; fi
 }
@@ -91,30 +102,37 @@ start() {
   # PostgreSQL: the superuser reaches the cluster through the socket only; the test user through TCP
   # with its password.
   pg_port=$(free_port)
-  "${run[@]}" "$bin/initdb" -D "$dir/pg/data" -U postgres --encoding=UTF8 --no-locale \
-    --auth-local=trust --auth-host=scram-sha-256 >"$dir/pg/initdb.log"
-  "${run[@]}" "$bin/pg_ctl" -D "$dir/pg/data" -l "$dir/pg/server.log" -w \
+  step "PostgreSQL's initdb" "$dir/pg/initdb.log" "${run[@]}" "$bin/initdb" -D "$dir/pg/data" \
+    -U postgres --encoding=UTF8 --no-locale --auth-local=trust --auth-host=scram-sha-256
+  step "PostgreSQL's start" "$dir/pg/pg_ctl.log" "${run[@]}" "$bin/pg_ctl" -D "$dir/pg/data" \
+    -l "$dir/pg/server.log" -w -t 120 \
     -o "-p $pg_port -k $dir/pg -c listen_addresses=127.0.0.1 -c max_connections=400 -c fsync=off" \
-    start >/dev/null
+    start
   "${run[@]}" "$bin/psql" -h "$dir/pg" -p "$pg_port" -U postgres -d postgres -v ON_ERROR_STOP=1 -q \
     -c "create role corvane login createdb password '$password'" \
     -c "create database corvane owner corvane"
 
-  # MariaDB: root through the socket without a password; the test user through TCP.
+  # MariaDB: root through the socket without a password; the test user through TCP. InnoDB uses
+  # simulated AIO: a container's shared aio-max-nr can be used up by its neighbours.
   my_port=$(free_port)
   local my=(--no-defaults --datadir="$dir/mariadb/data" --lower-case-table-names=1
-            --character-set-server=utf8mb4 --collation-server=utf8mb4_general_ci)
-  "${run[@]}" mariadb-install-db "${my[@]}" --auth-root-authentication-method=normal \
-    --skip-test-db >"$dir/mariadb/install.log" 2>&1
+            --character-set-server=utf8mb4 --collation-server=utf8mb4_general_ci
+            --innodb-use-native-aio=0)
+  step "MariaDB's install" "$dir/mariadb/install.log" "${run[@]}" mariadb-install-db "${my[@]}" \
+    --auth-root-authentication-method=normal --skip-test-db
   "${run[@]}" mariadbd "${my[@]}" --bind-address=127.0.0.1 --port="$my_port" \
     --socket="$dir/mariadb/mariadb.sock" --pid-file="$dir/mariadb/mariadb.pid" \
     --log-error="$dir/mariadb/server.log" --max-connections=400 --skip-log-bin \
     --innodb-flush-log-at-trx-commit=0 </dev/null >/dev/null 2>&1 &
-  for _ in $(seq 1 300); do
-    [ -S "$dir/mariadb/mariadb.sock" ] && break
+  local my_pid=$!
+  # Ready once it answers on its socket; up to two minutes on a busy machine.
+  for _ in $(seq 1 1200); do
+    mariadb-admin --no-defaults -uroot --socket="$dir/mariadb/mariadb.sock" ping >/dev/null 2>&1 && break
+    kill -0 "$my_pid" 2>/dev/null || break
     sleep 0.1
   done
-  [ -S "$dir/mariadb/mariadb.sock" ] || { cat "$dir/mariadb/server.log" >&2; exit 1; }
+  step "MariaDB's start" "$dir/mariadb/ping.log" \
+    mariadb-admin --no-defaults -uroot --socket="$dir/mariadb/mariadb.sock" ping
   mariadb --no-defaults -uroot --socket="$dir/mariadb/mariadb.sock" -e "
     create user 'corvane'@'127.0.0.1' identified by '$password';
     create database corvane;
