@@ -220,11 +220,13 @@ class Response : public Dispatch {
   // The reply's body: the text writes in the code page, then the binary writes.
   std::string ReplyBody() const;
 
-  const std::vector<std::string>& Writes() const { return writes_; }
+  // Each Response.Write, in order, as UTF-8 (cut from the joined text).
+  std::vector<std::string> Writes() const;
   // Response.AppendToLog: lines for the host's log, in order.
   void AppendToLog(std::string text) { log_.push_back(std::move(text)); }
   const std::vector<std::string>& LogEntries() const { return log_; }
-  std::string Output() const;  // UTF-8 text writes joined (binary writes excluded)
+  // UTF-8 text writes joined (binary writes excluded).
+  const std::string& Output() const { return output_; }
   const std::string& Binary() const { return binary_; }
 
  private:
@@ -239,7 +241,11 @@ class Response : public Dispatch {
   std::optional<int32_t> expiresMinutes_;
   std::string cacheControl_;
   std::vector<std::shared_ptr<ResponseCookie>> cookies_;
-  std::vector<std::string> writes_;
+  // The text writes, joined as they come (a page's writes are many and small: one buffer, one copy
+  // each), and where each ends.
+  static constexpr size_t kFirstCapacity = 32768;
+  std::string output_;
+  std::vector<size_t> writeEnds_;
   std::vector<std::string> log_;
   std::string binary_;
   bool ended_ = false;

@@ -22,14 +22,28 @@ namespace corvane::ado::detail {
 
 class ConnectionString;
 
+// Hashing and equality of names compared case-blind (ASCII letters, as LCase folds them), usable
+// with string_view keys without building a lower-cased copy.
+struct NoCaseHash {
+  using is_transparent = void;
+  size_t operator()(std::string_view s) const noexcept;
+};
+struct NoCaseEqual {
+  using is_transparent = void;
+  bool operator()(std::string_view a, std::string_view b) const noexcept;
+};
+
 // The columns of a statement's result: the names as the database gives them, and the first column
-// of each name by its lower-cased form (fields are looked up by name in any case). A driver that
-// keeps its prepared statements keeps their column sets with them, so opening a recordset again
-// builds none.
+// of each name, found in any case (fields are looked up by name in any case). A driver that keeps
+// its prepared statements keeps their column sets with them, so opening a recordset again builds
+// none.
 struct ColumnSet {
   explicit ColumnSet(std::vector<std::string> columnNames);
+  // The first column named `name` in any case; -1 when there is none.
+  int Find(std::string_view name) const;
+  static constexpr size_t kScanMost = 16;
   std::vector<std::string> names;
-  std::unordered_map<std::string, int> byLowerName;
+  std::unordered_map<std::string, int, NoCaseHash, NoCaseEqual> byName;
 };
 
 // One prepared statement. It keeps its session alive.

@@ -60,9 +60,9 @@ void RecordsetImpl::RequireRecord() const {
 }
 
 int RecordsetImpl::ColumnOf(std::string_view name) const {
-  auto it = columns->byLowerName.find(LCase(name));
-  if (it == columns->byLowerName.end()) throw Error::ItemNotFound(std::string(name));
-  return it->second;
+  const int column = columns->Find(name);
+  if (column < 0) throw Error::ItemNotFound(std::string(name));
+  return column;
 }
 
 int RecordsetImpl::ColumnOf(int index) const {

@@ -2,6 +2,7 @@
 // result is the display name, field 1 the stored code. GetCodeName finds one name; SelectForm writes
 // the whole list as <option> elements.
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "corvane/ado.h"
@@ -15,19 +16,29 @@ namespace {
 
 // The second column of the query's select list (not trimmed). The 7 is the length of "select ".
 std::string CodeColumn(const std::string& query) {
-  int16_t p = dna::CheckedInt16(InStr(LCase(query), "from"));
+  int16_t p = dna::CheckedInt16(InStrText(query, "from"));
   std::string list = p < 8 ? Trim(Right(query, Len(query) - 7)) : Trim(Mid(query, 7, p - 7));
   std::vector<std::string> columns = Split(list, ",");
   if (columns.size() < 2) throw Error::SubscriptOutOfRange();
   return columns[1];
 }
 
+// CodeColumn of a query, worked out once per thread: a list asks the same few look-up queries on
+// every row. A query CodeColumn refuses is not kept, and raises its error every time.
+const std::string& KeptCodeColumn(const std::string& query) {
+  thread_local std::unordered_map<std::string, std::string> kept;
+  if (auto it = kept.find(query); it != kept.end()) return it->second;
+  std::string code = CodeColumn(query);
+  if (kept.size() >= 256) kept.clear();
+  return kept.emplace(query, std::move(code)).first->second;
+}
+
 }  // namespace
 
 Variant DNA::GetCodeName(const Variant& StrCodeSQL, const Variant& nValue) {
   const std::string query = StrCodeSQL.ToString();
-  const std::string code = CodeColumn(query);
-  const char* joint = InStr(LCase(query), "where") > 0 ? " and  " : " where ";
+  const std::string code = KeptCodeColumn(query);
+  const char* joint = InStrText(query, "where") > 0 ? " and  " : " where ";
   const std::string sql = query + joint + code + "=" + nValue.Text();
   // An empty value leaves the statement ending in "=": nothing to look up.
   if (Right(Trim(sql), 1) == "=") return Variant("");

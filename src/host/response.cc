@@ -35,14 +35,26 @@ std::string_view ReasonOf(int status) {
 void Response::Write(const Variant& v) {
   if (v.IsObject()) return Write(v.DefaultValue());  // Response.Write rs("name") writes the value
   if (v.IsNull() || v.IsEmpty()) return;
-  if (const std::string* s = v.StringPtr()) {
-    writes_.push_back(*s);
-    return;
-  }
-  writes_.push_back(v.ToString());
+  if (const std::string* s = v.StringPtr()) return Write(std::string_view(*s));
+  Write(std::string_view(v.ToString()));
 }
 
-void Response::Write(std::string_view utf8) { writes_.emplace_back(utf8); }
+void Response::Write(std::string_view utf8) {
+  if (output_.capacity() < kFirstCapacity) output_.reserve(kFirstCapacity);
+  output_.append(utf8);
+  writeEnds_.push_back(output_.size());
+}
+
+std::vector<std::string> Response::Writes() const {
+  std::vector<std::string> writes;
+  writes.reserve(writeEnds_.size());
+  size_t start = 0;
+  for (size_t end : writeEnds_) {
+    writes.push_back(output_.substr(start, end - start));
+    start = end;
+  }
+  return writes;
+}
 
 void Response::BinaryWrite(const Bytes& bytes) { binary_.append(bytes.begin(), bytes.end()); }
 
@@ -64,7 +76,8 @@ void Response::End() {
 }
 
 void Response::Clear() {
-  writes_.clear();
+  output_.clear();
+  writeEnds_.clear();
   binary_.clear();
 }
 
@@ -121,15 +134,6 @@ std::string Response::ReplyContentType() const {
 }
 
 std::string Response::ReplyBody() const { return EncodeCodePage(Output(), codePage_) + binary_; }
-
-std::string Response::Output() const {
-  size_t n = 0;
-  for (const std::string& w : writes_) n += w.size();
-  std::string out;
-  out.reserve(n);
-  for (const std::string& w : writes_) out += w;
-  return out;
-}
 
 void ResponseCookie::SetValue(std::string value) {
   value_ = std::move(value);

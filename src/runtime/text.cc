@@ -83,13 +83,29 @@ bool IsBoundary(std::string_view s, size_t pos) {
   return true;
 }
 
+constexpr char LowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+constexpr char UpperAscii(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+
+// Byte offset of the first occurrence of `find` (non-empty) in s at or after `from`, ASCII letters
+// compared case-blind; npos when there is none.
+size_t FindNoCase(std::string_view s, std::string_view find, size_t from) {
+  const char lower = LowerAscii(find[0]), upper = UpperAscii(find[0]);
+  for (size_t i = from; i + find.size() <= s.size(); ++i) {
+    if (s[i] != lower && s[i] != upper) continue;
+    if (EqualsNoCase(s.substr(i + 1, find.size() - 1), find.substr(1))) return i;
+  }
+  return std::string_view::npos;
+}
+
 // Byte offset of the first occurrence of `find` (non-empty) in s at or after the boundary `from` that
-// is a whole run of characters, or npos.
-size_t FindChars(std::string_view s, std::string_view find, size_t from, bool findWellFormed) {
-  size_t at = s.find(find, from);
+// is a whole run of characters, or npos. `noCase` compares ASCII letters case-blind.
+size_t FindChars(std::string_view s, std::string_view find, size_t from, bool findWellFormed,
+                 bool noCase = false) {
+  auto next = [&](size_t at) { return noCase ? FindNoCase(s, find, at) : s.find(find, at); };
+  size_t at = next(from);
   if (findWellFormed) return at;
   while (at != std::string_view::npos && !(IsBoundary(s, at) && IsBoundary(s, at + find.size())))
-    at = s.find(find, at + 1);
+    at = next(at + 1);
   return at;
 }
 
@@ -146,25 +162,30 @@ std::string Right(std::string_view s, int32_t length) {
   return Slice(s, total - length, -1);
 }
 
-int32_t InStr(int32_t start, std::string_view s, std::string_view find) {
+namespace {
+
+int32_t InStrOf(int32_t start, std::string_view s, std::string_view find, bool noCase) {
   if (start < 1) throw Error::InvalidCall();
   Position p = Advance(s, 0, start - 1);
   if (p.byte >= s.size()) return 0;  // start is past the last character
   if (find.empty()) return start;
   size_t from = p.lowHalf ? p.byte + 4 : p.byte;
-  size_t at = FindChars(s, find, from, IsWellFormed(find));
+  size_t at = FindChars(s, find, from, IsWellFormed(find), noCase);
   if (at == std::string_view::npos) return 0;
   return static_cast<int32_t>(start + (p.lowHalf ? 1 : 0) + CountUnits(s, from, at));
 }
 
+}  // namespace
+
+int32_t InStr(int32_t start, std::string_view s, std::string_view find) {
+  return InStrOf(start, s, find, false);
+}
+
 int32_t InStr(std::string_view s, std::string_view find) { return InStr(1, s, find); }
 
+// Folding ASCII letters keeps every byte offset, so the positions are those of the binary search.
 int32_t InStrText(int32_t start, std::string_view s, std::string_view find) {
-  // Lower-casing ASCII letters keeps every byte offset, so positions carry over unchanged.
-  std::string ls(s), lf(find);
-  AsciiLower(ls);
-  AsciiLower(lf);
-  return InStr(start, ls, lf);
+  return InStrOf(start, s, find, true);
 }
 
 int32_t InStrText(std::string_view s, std::string_view find) { return InStrText(1, s, find); }
@@ -249,6 +270,7 @@ std::string Join(const std::vector<std::string>& parts, std::string_view delimit
 
 bool EqualsNoCase(std::string_view a, std::string_view b) {
   if (a.size() != b.size()) return false;
+  if (a == b) return true;  // the usual case, at memcmp's speed
   for (size_t i = 0; i < a.size(); ++i) {
     char x = a[i], y = b[i];
     if (x == y) continue;

@@ -223,7 +223,7 @@ INSTANTIATE_TEST_SUITE_P(Faults, BrokenDatabaseTest, ::testing::Values(
       const std::string junk(fs::file_size(db), '\x5a');
       f.write(junk.data(), static_cast<std::streamsize>(junk.size()));
     }, "80040e14"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& test) { return std::string(test.param.name); });
 // clang-format on
 
 // ---- a full disk while an upload is stored
@@ -413,7 +413,7 @@ TEST_P(BodyOverMaxBodyTest, IsRefusedWith413WhileItArrives) {
 
 INSTANTIATE_TEST_SUITE_P(Faults, BodyOverMaxBodyTest,
                          ::testing::Values(Overrun{"plain", false}, Overrun{"chunked", true}),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 
 // ---- SIGTERM under load
 

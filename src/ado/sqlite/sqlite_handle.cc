@@ -139,8 +139,8 @@ SqliteStatement SqliteHandle::Acquire(const std::string& sql) {
   } else {
     auto entry = found->second;
     s = std::move(entry->second);
-    index_.erase(found);
-    idle_.erase(entry);
+    spareIndex_.push_back(index_.extract(found));
+    spare_.splice(spare_.begin(), idle_, entry);
   }
   try {
     RereadColumnsIfPreparedAnew(s);
@@ -153,8 +153,21 @@ SqliteStatement SqliteHandle::Acquire(const std::string& sql) {
 
 void SqliteHandle::Release(std::string sql, SqliteStatement statement) {
   sqlite3_reset(statement.stmt);
-  idle_.emplace_front(std::move(sql), std::move(statement));
-  index_.emplace(idle_.front().first, idle_.begin());
+  if (spare_.empty()) {
+    idle_.emplace_front(std::move(sql), std::move(statement));
+  } else {
+    idle_.splice(idle_.begin(), spare_, spare_.begin());
+    idle_.front() = Entry(std::move(sql), std::move(statement));
+  }
+  if (spareIndex_.empty()) {
+    index_.emplace(idle_.front().first, idle_.begin());
+  } else {
+    Index::node_type node = std::move(spareIndex_.back());
+    spareIndex_.pop_back();
+    node.key() = idle_.front().first;
+    node.mapped() = idle_.begin();
+    index_.insert(std::move(node));
+  }
   if (idle_.size() <= kCacheSize) return;
   auto oldest = std::prev(idle_.end());
   auto range = index_.equal_range(oldest->first);

@@ -106,7 +106,12 @@ class SqliteHandle {
   sqlite3* db_;
   std::list<Entry> idle_;  // most recently used first
   // By the text held in the entry itself (list entries stay where they are).
-  std::unordered_multimap<std::string_view, std::list<Entry>::iterator> index_;
+  using Index = std::unordered_multimap<std::string_view, std::list<Entry>::iterator>;
+  Index index_;
+  // The nodes of statements lent out, kept for their return: a statement goes out and comes back
+  // many times a page, and moving nodes costs no allocation.
+  std::list<Entry> spare_;
+  std::vector<Index::node_type> spareIndex_;
   bool compiledPureRead_ = true;  // set by Authorize
   bool attached_ = false;         // an ATTACH was compiled on this handle
   sqlite3_stmt* dataVersion_ = nullptr;

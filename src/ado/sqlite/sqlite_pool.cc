@@ -9,12 +9,21 @@ namespace corvane::ado::detail {
 std::shared_ptr<SqlitePool> SqlitePool::For(const std::string& path) {
   static std::mutex mu;
   static std::unordered_map<std::string, std::shared_ptr<SqlitePool>> pools;
+  // An absolute path names the same file whatever the working folder: its pool is found by the
+  // path as given, without normalizing it again on every open.
+  static std::unordered_map<std::string, std::shared_ptr<SqlitePool>> byAbsolutePath;
+  const bool absolutePath = !path.empty() && path[0] == '/';
+  if (absolutePath) {
+    std::lock_guard lock(mu);
+    if (auto it = byAbsolutePath.find(path); it != byAbsolutePath.end()) return it->second;
+  }
   std::error_code ec;
   std::filesystem::path absolute = std::filesystem::absolute(path, ec);
   std::string key = ec ? path : absolute.lexically_normal().string();
   std::lock_guard lock(mu);
   std::shared_ptr<SqlitePool>& pool = pools[key];
   if (!pool) pool = std::make_shared<SqlitePool>(key);
+  if (absolutePath) byAbsolutePath.try_emplace(path, pool);
   return pool;
 }
 
