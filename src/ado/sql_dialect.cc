@@ -345,9 +345,12 @@ std::string CountQuery(Dialect dialect, std::string_view adapted) {
   });
 }
 
-std::string OffsetQuery(Dialect dialect, std::string_view adapted, int64_t offset, int64_t rows) {
+namespace {
+
+// What OffsetQuery writes before its numbers: the statement, wrapped or given an order where the
+// dialect needs it.
+std::string OffsetHead(Dialect dialect, std::string_view adapted) {
   std::string_view body = StatementBody(adapted);
-  std::string out;
   if (dialect == Dialect::SqlServer) {
     // OFFSET needs an ORDER BY; a statement with TOP keeps its order inside a subquery.
     bool top = false;
@@ -355,18 +358,28 @@ std::string OffsetQuery(Dialect dialect, std::string_view adapted, int64_t offse
       std::vector<size_t> st = FirstStatement(tokens);
       top = st.size() > 1 && IsKeyword(tokens[st[1]], body, "top");
     }
-    out = top ? "select * from (" + std::string(body) + ") as corvane_page" : std::string(body);
+    std::string out = top ? "select * from (" + std::string(body) + ") as corvane_page" : std::string(body);
     if (top || !HasTopLevelOrderBy(body)) out += " order by (select null)";
+    return out;
+  }
+  if (!HasTopLevelLimit(body)) return std::string(body);
+  std::string out = "select * from (";
+  out += body;
+  out += dialect == Dialect::SQLite ? ")" : ") as corvane_page";
+  return out;
+}
+
+}  // namespace
+
+std::string OffsetQuery(Dialect dialect, std::string_view adapted, int64_t offset, int64_t rows) {
+  // A list asks for the same statement at a few offsets: its head is made once per thread and text.
+  thread_local TextMemo memos[4];  // one per dialect
+  std::string out = Memoized(memos[static_cast<int>(dialect)], adapted,
+                             [dialect](std::string_view sql) { return OffsetHead(dialect, sql); });
+  if (dialect == Dialect::SqlServer) {
     out += " offset " + std::to_string(offset) + " rows";
     if (rows > 0) out += " fetch next " + std::to_string(rows) + " rows only";
     return out;
-  }
-  if (HasTopLevelLimit(body)) {
-    out = "select * from (";
-    out += body;
-    out += dialect == Dialect::SQLite ? ")" : ") as corvane_page";
-  } else {
-    out = body;
   }
   if (rows > 0)
     out += " limit " + std::to_string(rows);

@@ -29,7 +29,7 @@ TEST(CodePage, ConvertsBothWaysWholeOnManyThreadsAndMarksWhatTheCodePageLacks) {
       {EncodeCodePage(ascii), ascii}, {DecodeCodePage(ascii), ascii}, {EncodeCodePage(""), ""},
       {EncodeCodePage("€5"), "\x80" "5"}, {DecodeCodePage("\x80" "5"), "€5"}, {EncodeCodePage("a😀b"), "a?b"},
       {EncodeCodePage("ก"), "?"}, {EncodeCodePage("中\xFF文"), "\xD6\xD0?\xCE\xC4"},
-      {EncodeCodePage("x\xE4\xB8"), "x??"}, {DecodeCodePage("ab\xD6"), "ab?"},
+      {EncodeCodePage("x\xE4\xB8"), "x??"}, {EncodeCodePage("\xED\xA0\x80\xE0\x80\x80"), "??????"}, {DecodeCodePage("ab\xD6"), "ab?"},
       {DecodeCodePage("\xD6\x30" "x"), "?0x"}, {DecodeCodePage("\xAA\xA1\xD6\xD0"), "?中"},
       {DecodeCodePage("\xFF\xD6\xD0"), "?中"}, {DecodeCodePage("\xD6\xD0\xD6\xD0\x81"), "中中?"},
       {DecodeCodePage("\x81\x30\x81\x30"), "?0?0"}, {DecodeCodePage("\xD6" "a"), "\xE8\xAC\x85"},
