@@ -1,6 +1,8 @@
 #include "runtime/number_text.h"
 
+#include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 
@@ -48,6 +50,13 @@ std::optional<double> ParseNumberText(std::string_view text) {
 
 std::string FormatNumber(double value, int digits) {
   if (value == 0) return "0";
+  // A whole number of at most 15 digits is written by %G as its digits: without printf, which is
+  // slow with doubles (Int(Timer / 60) and loop counters come here on every page).
+  if (digits >= 15 && std::fabs(value) < 1e15 && value == std::trunc(value)) {
+    char digitsText[24];
+    auto [end, ec] = std::to_chars(digitsText, digitsText + sizeof digitsText, static_cast<int64_t>(value));
+    return std::string(digitsText, end);
+  }
   char buf[64];
   std::snprintf(buf, sizeof buf, "%.*G", digits, value);
   std::string s(buf);
