@@ -1,5 +1,7 @@
 #include "http_access_log.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
 
 namespace corvane::server {
@@ -36,17 +38,25 @@ std::string Quoted(std::string_view text) {
 // line stays valid JSON whatever the client sent.
 std::string JsonString(std::string_view text) { return EscapedInQuotes(text, true, "\\u%04x"); }
 
+// Lines come many a second: each thread keeps the text of the last second it wrote.
 std::string TimeText(std::time_t when, const char* format) {
+  thread_local std::time_t keptWhen = -1;
+  thread_local const char* keptFormat = nullptr;
+  thread_local std::string kept;
+  if (when == keptWhen && format == keptFormat) return kept;
   std::tm tm{};
   localtime_r(&when, &tm);
   char buf[64];
   std::strftime(buf, sizeof buf, format, &tm);
-  return buf;
+  keptWhen = when, keptFormat = format, kept = buf;
+  return kept;
 }
 
+// "0.001234": seconds with six decimals.
 std::string Seconds(std::chrono::microseconds took) {
+  const auto us = static_cast<unsigned long long>(std::max<int64_t>(took.count(), 0));
   char buf[32];
-  std::snprintf(buf, sizeof buf, "%.6f", static_cast<double>(took.count()) / 1e6);
+  std::snprintf(buf, sizeof buf, "%llu.%06llu", us / 1000000, us % 1000000);
   return buf;
 }
 
