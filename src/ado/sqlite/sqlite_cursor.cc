@@ -30,13 +30,56 @@ StoredValue Stored(sqlite3_stmt* stmt, int column) {
 SqliteCursor::SqliteCursor(std::shared_ptr<SqliteSession> session, std::string sql, SqliteStatement statement)
     : session_(std::move(session)), sql_(std::move(sql)), statement_(std::move(statement)) {}
 
-SqliteCursor::~SqliteCursor() { session_->handle().Release(std::move(sql_), std::move(statement_)); }
+SqliteCursor::~SqliteCursor() {
+  // A look-up reads its one row and closes. Whether there is no second row is asked here, unless
+  // the query scans a whole table to answer (the rest of the scan would cost more than keeping
+  // saves).
+  if (keep_ && onRow_ && rows_ == 1 &&
+      sqlite3_stmt_status(statement_.stmt, SQLITE_STMTSTATUS_FULLSCAN_STEP, 0) == 0 &&
+      sqlite3_step(statement_.stmt) == SQLITE_DONE)
+    KeepRow();
+  session_->handle().Release(std::move(sql_), std::move(statement_));
+}
 
 void SqliteCursor::Fail() {
   onRow_ = false;
+  keep_ = false;
   std::string message = sqlite3_errmsg(session_->handle().db());
   sqlite3_reset(statement_.stmt);
+  session_->handle().StatementStopped();
   throw Error::Database(message);
+}
+
+// The statement has run to its end.
+void SqliteCursor::Stopped() {
+  onRow_ = false;
+  if (keep_ && rows_ <= 1) KeepRow();
+  keep_ = false;
+  session_->handle().StatementStopped();
+}
+
+void SqliteCursor::TakeRow() {
+  auto row = std::make_shared<KeptRow>();
+  row->columns = statement_.columns;
+  row->hasRow = true;
+  const int n = static_cast<int>(statement_.columns->names.size());
+  for (int i = 0; i < n; ++i) {
+    row->values.push_back(Value(i));
+    row->types.push_back(ColumnType(i));
+  }
+  row_ = std::move(row);
+}
+
+void SqliteCursor::KeepRow() {
+  keep_ = false;
+  // Only a pure read as first prepared; the columns must be those the row was read with.
+  if (!statement_.pureRead || sqlite3_stmt_status(statement_.stmt, SQLITE_STMTSTATUS_REPREPARE, 0) != 0)
+    return;
+  if (!row_) {
+    row_ = std::make_shared<KeptRow>();
+    row_->columns = statement_.columns;
+  }
+  session_->handle().KeepRow(sql_, std::move(row_));
 }
 
 int SqliteCursor::ColumnType(int column) const {
@@ -50,9 +93,16 @@ bool SqliteCursor::Step() {
   if (!statement_.pureRead) session_->handle().ForgetCounts();
   int rc = sqlite3_step(statement_.stmt);
   RereadColumnsIfPreparedAnew(statement_);
-  if (rc == SQLITE_ROW) return onRow_ = true;
+  if (rc == SQLITE_ROW) {
+    onRow_ = true;
+    if (keep_ && ++rows_ == 1)
+      TakeRow();
+    else
+      keep_ = false;
+    return true;
+  }
   if (rc != SQLITE_DONE) Fail();
-  onRow_ = false;
+  Stopped();
   return false;
 }
 
@@ -72,8 +122,28 @@ int64_t SqliteCursor::Run() {
   // sqlite3_changes keeps the count of the last insert, update or delete: statements that changed
   // nothing (a query, a create table) leave the total alone and answer 0.
   int64_t changed = sqlite3_total_changes64(db) == before ? 0 : sqlite3_changes64(db);
+  keep_ = false;
   sqlite3_reset(statement_.stmt);
+  session_->handle().StatementStopped();
   return changed;
+}
+
+int KeptRowCursor::ColumnType(int column) const {
+  if (onRow_) return row_->types[column];
+  const int declared = row_->columns->declaredTypes[column];
+  return declared != adEmpty ? declared : adVarWChar;
+}
+
+bool KeptRowCursor::Step() {
+  onRow_ = !stepped_ && row_->hasRow;
+  stepped_ = true;
+  return onRow_;
+}
+
+int64_t KeptRowCursor::Run() {
+  stepped_ = true;
+  onRow_ = false;
+  return 0;
 }
 
 }  // namespace corvane::ado::detail

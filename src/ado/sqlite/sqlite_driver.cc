@@ -68,7 +68,12 @@ std::unique_ptr<Cursor> SqliteSession::PrepareFrom(const std::string& adapted, i
 }
 
 std::unique_ptr<Cursor> SqliteSession::Prepare(const std::string& adapted) {
-  return std::make_unique<SqliteCursor>(shared_from_this(), adapted, handle_->Acquire(adapted));
+  if (!handle_->HoldsReadSnapshot())
+    return std::make_unique<SqliteCursor>(shared_from_this(), adapted, handle_->Acquire(adapted));
+  if (auto kept = handle_->KeptRowOf(adapted)) return std::make_unique<KeptRowCursor>(std::move(kept));
+  auto cursor = std::make_unique<SqliteCursor>(shared_from_this(), adapted, handle_->Acquire(adapted));
+  cursor->KeepOneRow();
+  return cursor;
 }
 
 int64_t SqliteSession::Count(const std::string& adapted) {

@@ -170,6 +170,60 @@ TEST(SqliteDriver, ACountIsKeptOnlyWhileTheDatabaseIsAsItWas) {
   EXPECT_EQ(ran, 2);
 }
 
+static int CountNameQueries(unsigned, void* counted, void* stmt, void*) {
+  if (std::string_view(sqlite3_sql(static_cast<sqlite3_stmt*>(stmt))).starts_with("select name"))
+    ++*static_cast<int*>(counted);
+  return 0;
+}
+
+// A list looks a name up on each of its rows. While the list is being read, its read transaction
+// holds one snapshot of the database: a query with one row or none is read once in it. The
+// snapshot's end (the list closed) forgets what was kept; a query with more rows is never kept.
+TEST(SqliteDriver, OneRowQueriesAreReadOnceWhileAListHoldsItsSnapshot) {
+  ScratchDatabase db;
+  db.Run(
+      {"create table t(id integer primary key, name text)", "insert into t values(1,'a'),(2,'b'),(3,'b')"});
+  auto c = std::make_shared<Connection>();
+  c->Open(db.connectionString);
+  int ran = 0;
+  sqlite3_trace_v2(detail::SqliteHandleOf(*c), SQLITE_TRACE_STMT, CountNameQueries, &ran);
+  auto first = [&](const char* sql) {  // as a look-up reads: the first row, then closed
+    Recordset rs;
+    rs.Open(sql, c);
+    return rs.Eof() ? std::string("-") : rs.Field(0).Text();
+  };
+  auto all = [&](const char* sql) {
+    Recordset rs;
+    std::string names;
+    for (rs.Open(sql, c); !rs.Eof(); rs.MoveNext()) names += rs.Field("NAME").Text();
+    return names;
+  };
+  {
+    Recordset list;
+    list.Open("select id from t order by id", c);
+    // {query, what it answers, queries run so far}
+    const std::tuple<std::function<std::string()>, std::string, int> steps[] = {
+        {[&] { return first("select name from t where id=1"); }, "a", 1},
+        {[&] {
+           db.Run({"update t set name='z' where id=1"});  // another connection's commit
+           return first("select name from t where id=1");
+         },
+         "a", 1},
+        {[&] { return all("select name from t where id=1"); }, "a", 1},
+        {[&] { return first("select name from t where id=9"); }, "-", 2},
+        {[&] { return all("select name from t where id=9"); }, "", 2},
+        {[&] { return all("select name from t where name='b'"); }, "bb", 3},
+        {[&] { return all("select name from t where name='b'"); }, "bb", 4}};
+    for (size_t i = 0; i < std::size(steps); ++i) {
+      EXPECT_EQ(std::get<0>(steps[i])(), std::get<1>(steps[i])) << i;
+      EXPECT_EQ(ran, std::get<2>(steps[i])) << i;
+    }
+  }
+  EXPECT_EQ(first("select name from t where id=1"), "z");
+  EXPECT_EQ(first("select name from t where id=1"), "z");
+  EXPECT_EQ(ran, 6);
+}
+
 // A database file moved away under a running program (a restore, an operator's mv) must not take
 // the next writes with it: a pooled handle of the moved file is dropped, and the path is opened anew.
 TEST(SqliteDriver, AHandleWhoseFileWasMovedIsNotReused) {

@@ -153,6 +153,7 @@ SqliteStatement SqliteHandle::Acquire(const std::string& sql) {
 
 void SqliteHandle::Release(std::string sql, SqliteStatement statement) {
   sqlite3_reset(statement.stmt);
+  StatementStopped();
   if (spare_.empty()) {
     idle_.emplace_front(std::move(sql), std::move(statement));
   } else {
@@ -183,6 +184,7 @@ void SqliteHandle::Release(std::string sql, SqliteStatement statement) {
 
 bool SqliteHandle::ResetForReuse() {
   for (sqlite3_stmt* s = sqlite3_next_stmt(db_, nullptr); s; s = sqlite3_next_stmt(db_, s)) sqlite3_reset(s);
+  rows_.clear();
   if (!sqlite3_get_autocommit(db_)) {
     ForgetCounts();
     sqlite3_exec(db_, "ROLLBACK", nullptr, nullptr, nullptr);
@@ -200,7 +202,23 @@ int64_t SqliteHandle::DataVersion() {
   const int64_t version =
       sqlite3_step(dataVersion_) == SQLITE_ROW ? sqlite3_column_int64(dataVersion_, 0) : -1;
   sqlite3_reset(dataVersion_);
+  StatementStopped();
   return version;
+}
+
+bool SqliteHandle::HoldsReadSnapshot() const {
+  return !attached_ && sqlite3_get_autocommit(db_) && sqlite3_txn_state(db_, "main") == SQLITE_TXN_READ;
+}
+
+std::shared_ptr<const KeptRow> SqliteHandle::KeptRowOf(const std::string& sql) const {
+  if (rows_.empty()) return nullptr;
+  auto it = rows_.find(sql);
+  return it == rows_.end() ? nullptr : it->second;
+}
+
+void SqliteHandle::KeepRow(const std::string& sql, std::shared_ptr<const KeptRow> row) {
+  if (rows_.size() >= kMostRows) rows_.clear();
+  rows_.insert_or_assign(sql, std::move(row));
 }
 
 std::optional<int64_t> SqliteHandle::KeptCount(const std::string& countSql, int64_t version) {

@@ -29,6 +29,7 @@
 #include <vector>
 
 #include "ado/driver.h"
+#include "corvane/variant.h"
 
 namespace corvane::ado::detail {
 
@@ -45,6 +46,15 @@ struct SqliteStatement {
   std::shared_ptr<const SqliteColumns> columns;
   int prepared = 0;       // SQLite's count of new preparations when they were read
   bool pureRead = false;  // reads tables and calls no function but count(), as first prepared
+};
+
+// The one row of a query (or its having none), read within a read transaction and kept while that
+// transaction lasts: the values and the column types as its cursor gave them.
+struct KeptRow {
+  std::shared_ptr<const SqliteColumns> columns;
+  bool hasRow = false;
+  std::vector<Variant> values;
+  std::vector<int> types;
 };
 
 // Reads the statement's columns again when SQLite has prepared it anew since they were read (it does
@@ -92,10 +102,25 @@ class SqliteHandle {
   // Called before this connection runs anything but a pure read.
   void ForgetCounts() {
     if (!counts_.empty()) counts_.clear();
+    if (!rows_.empty()) rows_.clear();
+  }
+
+  // Rows of one-row queries are kept only within a read transaction that another statement of this
+  // connection holds open (a list being read while each of its rows looks up a name): no other
+  // connection's commit shows in it, and anything this one runs besides pure reads forgets them.
+  // True when such a transaction is open now.
+  bool HoldsReadSnapshot() const;
+  std::shared_ptr<const KeptRow> KeptRowOf(const std::string& sql) const;
+  void KeepRow(const std::string& sql, std::shared_ptr<const KeptRow> row);
+  // Called after any statement of this connection stopped (reset, done or failed): once no read
+  // transaction is open, the rows kept in the last one are forgotten.
+  void StatementStopped() {
+    if (!rows_.empty() && sqlite3_txn_state(db_, "main") == SQLITE_TXN_NONE) rows_.clear();
   }
 
  private:
   static constexpr size_t kMostCounts = 256;  // then they are all forgotten
+  static constexpr size_t kMostRows = 256;    // likewise
 
   explicit SqliteHandle(sqlite3* db) : db_(db) {}
   sqlite3_stmt* Prepare(const std::string& sql, bool& pureRead);
@@ -117,6 +142,7 @@ class SqliteHandle {
   sqlite3_stmt* dataVersion_ = nullptr;
   int64_t countsVersion_ = -1;
   std::unordered_map<std::string, int64_t> counts_;
+  std::unordered_map<std::string, std::shared_ptr<const KeptRow>> rows_;
 };
 
 }  // namespace corvane::ado::detail
