@@ -28,8 +28,9 @@ class SqliteCursor final : public Cursor {
 
   const SqliteStatement& Statement() const { return statement_; }
   // Keeps the query's row in the handle (SqliteHandle::KeepRow) if it turns out to have one at most:
-  // for a cursor prepared while the handle holds a read snapshot.
-  void KeepOneRow() { keep_ = true; }
+  // for a cursor prepared while the handle holds a read snapshot. Only a pure read is kept (and only
+  // a pure read is stepped once more to see that no second row follows).
+  void KeepOneRow() { keep_ = statement_.pureRead; }
 
  private:
   [[noreturn]] void Fail();
