@@ -116,12 +116,20 @@ TEST(SqliteDriver, AKeptStatementShowsTheColumnsOfAChangedTable) {
   }
 }
 
-// Counts the count queries the database runs.
-static int CountCountQueries(unsigned, void* counted, void* stmt, void*) {
-  if (std::string_view(sqlite3_sql(static_cast<sqlite3_stmt*>(stmt))).starts_with("select count(*)"))
-    ++*static_cast<int*>(counted);
-  return 0;
-}
+// Counts the statements a connection runs whose text starts with `prefix`.
+struct RunCounter {
+  RunCounter(Connection& c, std::string_view p) : prefix(p) {
+    sqlite3_trace_v2(detail::SqliteHandleOf(c), SQLITE_TRACE_STMT, &Trace, this);
+  }
+  static int Trace(unsigned, void* self, void* stmt, void*) {
+    auto* counter = static_cast<RunCounter*>(self);
+    if (std::string_view(sqlite3_sql(static_cast<sqlite3_stmt*>(stmt))).starts_with(counter->prefix))
+      ++counter->ran;
+    return 0;
+  }
+  std::string_view prefix;
+  int ran = 0;
+};
 
 // A list page counts its query on every page: the count is kept while the database is surely as it
 // was, and asked again after any change, by another connection or by this one, and in a transaction.
@@ -131,8 +139,8 @@ TEST(SqliteDriver, ACountIsKeptOnlyWhileTheDatabaseIsAsItWas) {
           "create view late as select id from t where id < random()"});
   auto c = std::make_shared<Connection>();
   c->Open(db.connectionString);
-  int ran = 0;
-  sqlite3_trace_v2(detail::SqliteHandleOf(*c), SQLITE_TRACE_STMT, CountCountQueries, &ran);
+  RunCounter counter(*c, "select count(*)");
+  int& ran = counter.ran;
   auto count = [&](const char* sql) {
     Recordset rs;
     rs.Open(sql, c);
@@ -170,12 +178,6 @@ TEST(SqliteDriver, ACountIsKeptOnlyWhileTheDatabaseIsAsItWas) {
   EXPECT_EQ(ran, 2);
 }
 
-static int CountNameQueries(unsigned, void* counted, void* stmt, void*) {
-  if (std::string_view(sqlite3_sql(static_cast<sqlite3_stmt*>(stmt))).starts_with("select name"))
-    ++*static_cast<int*>(counted);
-  return 0;
-}
-
 // A list looks a name up on each of its rows. While the list is being read, its read transaction
 // holds one snapshot of the database: a query with one row or none is read once in it. The
 // snapshot's end (the list closed) forgets what was kept; a query with more rows is never kept.
@@ -185,8 +187,8 @@ TEST(SqliteDriver, OneRowQueriesAreReadOnceWhileAListHoldsItsSnapshot) {
       {"create table t(id integer primary key, name text)", "insert into t values(1,'a'),(2,'b'),(3,'b')"});
   auto c = std::make_shared<Connection>();
   c->Open(db.connectionString);
-  int ran = 0;
-  sqlite3_trace_v2(detail::SqliteHandleOf(*c), SQLITE_TRACE_STMT, CountNameQueries, &ran);
+  RunCounter counter(*c, "select name");
+  int& ran = counter.ran;
   auto first = [&](const char* sql) {  // as a look-up reads: the first row, then closed
     Recordset rs;
     rs.Open(sql, c);
