@@ -13,7 +13,6 @@
 
 #include <iconv.h>
 
-#include <bit>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -92,8 +91,6 @@ const GbkTables& Gbk() {
   return *tables;
 }
 
-static_assert(std::endian::native == std::endian::little, "the ASCII scan reads words little-endian");
-
 std::string EncodeGbk(std::string_view text) {
   const GbkTables& t = Gbk();
   // GBK never takes more bytes than UTF-8 for the same text: the output is written in place into
@@ -105,26 +102,18 @@ std::string EncodeGbk(std::string_view text) {
   const auto* const end = p + text.size();
   while (p < end) {
     // ASCII a word at a time: the whole word is written, and the output moves on by its ASCII
-    // bytes only (the first byte with its high bit set ends them; the words are little-endian).
+    // bytes only.
     while (end - p >= 8) {
-      uint64_t word;
-      std::memcpy(&word, p, 8);
-      std::memcpy(o, &word, 8);
-      const uint64_t high = word & 0x8080808080808080ull;
-      const size_t ascii = high ? static_cast<size_t>(std::countr_zero(high)) / 8 : 8;
+      std::memcpy(o, p, 8);
+      const size_t ascii = utf8::AsciiBytesAt(p);
       o += ascii;
       p += ascii;
       if (ascii < 8) break;
     }
     while (p < end && *p < 0x80) *o++ = static_cast<char>(*p++);
     if (p >= end) break;
-    // Most characters here are CJK: three bytes led by E1..EC (no overlong form or surrogate
-    // can start so), decoded without the general path.
-    utf8::Char c;
-    if (*p >= 0xE1 && *p <= 0xEC && end - p >= 3 && utf8::IsContinuation(p[1]) && utf8::IsContinuation(p[2]))
-      c = {static_cast<char32_t>((p[0] & 0x0F) << 12 | (p[1] & 0x3F) << 6 | (p[2] & 0x3F)), 3, true};
-    else
-      c = utf8::DecodeAt(text, static_cast<size_t>(p - reinterpret_cast<const unsigned char*>(text.data())));
+    const utf8::Char c =
+        utf8::DecodeAt(text, static_cast<size_t>(p - reinterpret_cast<const unsigned char*>(text.data())));
     const uint16_t code = c.valid && c.code < 0x10000 ? t.toGbk[c.code] : 0;
     if (code == 0) {
       *o++ = '?';

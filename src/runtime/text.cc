@@ -110,13 +110,11 @@ size_t FindChars(std::string_view s, std::string_view find, size_t from, bool fi
 }
 
 void AsciiLower(std::string& s) {
-  for (char& c : s)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  for (char& c : s) c = LowerAscii(c);
 }
 
 void AsciiUpper(std::string& s) {
-  for (char& c : s)
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  for (char& c : s) c = UpperAscii(c);
 }
 
 // The characters from unit position `start` (0-based) on, `length` units long (-1: to the end).
@@ -271,13 +269,8 @@ std::string Join(const std::vector<std::string>& parts, std::string_view delimit
 bool EqualsNoCase(std::string_view a, std::string_view b) {
   if (a.size() != b.size()) return false;
   if (a == b) return true;  // the usual case, at memcmp's speed
-  for (size_t i = 0; i < a.size(); ++i) {
-    char x = a[i], y = b[i];
-    if (x == y) continue;
-    if (x >= 'A' && x <= 'Z') x = static_cast<char>(x - 'A' + 'a');
-    if (y >= 'A' && y <= 'Z') y = static_cast<char>(y - 'A' + 'a');
-    if (x != y) return false;
-  }
+  for (size_t i = 0; i < a.size(); ++i)
+    if (LowerAscii(a[i]) != LowerAscii(b[i])) return false;
   return true;
 }
 

@@ -6,6 +6,7 @@
 // counting and slicing all agree on this model, so an invalid byte is never lost or split.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -30,6 +31,9 @@ inline Char DecodeAt(std::string_view s, size_t i) {
   const size_t left = s.size() - i;
   const unsigned char b0 = p[0];
   if (b0 < 0x80) return {b0, 1, true};
+  // Chinese text is mostly three bytes led by E1..EC, where no overlong form or surrogate starts.
+  if (b0 >= 0xE1 && b0 <= 0xEC && left >= 3 && IsContinuation(p[1]) && IsContinuation(p[2]))
+    return {static_cast<char32_t>((b0 & 0x0F) << 12 | (p[1] & 0x3F) << 6 | (p[2] & 0x3F)), 3, true};
   constexpr Char kInvalid{0xFFFD, 1, false};
   if (b0 < 0xC2 || b0 > 0xF4) return kInvalid;
   if (b0 < 0xE0) {
@@ -49,15 +53,24 @@ inline Char DecodeAt(std::string_view s, size_t i) {
           4, true};
 }
 
+static_assert(std::endian::native == std::endian::little, "words are read little-endian");
+
+// The number of ASCII bytes (0 to 8) that the eight bytes at `p` begin with.
+inline size_t AsciiBytesAt(const void* p) {
+  uint64_t word;
+  std::memcpy(&word, p, 8);
+  const uint64_t high = word & 0x8080808080808080ull;
+  return high ? static_cast<size_t>(std::countr_zero(high)) / 8 : 8;
+}
+
 // Length of the run of ASCII bytes that starts at s[i], eight bytes at a time where possible.
 inline size_t AsciiRun(std::string_view s, size_t i) {
   const size_t start = i;
   const size_t n = s.size();
   while (i + 8 <= n) {
-    uint64_t word;
-    std::memcpy(&word, s.data() + i, 8);
-    if (word & 0x8080808080808080ull) break;
-    i += 8;
+    const size_t ascii = AsciiBytesAt(s.data() + i);
+    i += ascii;
+    if (ascii < 8) return i - start;
   }
   while (i < n && static_cast<unsigned char>(s[i]) < 0x80) ++i;
   return i - start;

@@ -61,7 +61,6 @@ void SqliteCursor::Stopped() {
 void SqliteCursor::TakeRow() {
   auto row = std::make_shared<KeptRow>();
   row->columns = statement_.columns;
-  row->hasRow = true;
   const int n = static_cast<int>(statement_.columns->names.size());
   for (int i = 0; i < n; ++i) {
     row->values.push_back(Value(i));
@@ -90,7 +89,7 @@ int SqliteCursor::ColumnType(int column) const {
 }
 
 bool SqliteCursor::Step() {
-  if (!statement_.pureRead) session_->handle().ForgetCounts();
+  if (!statement_.pureRead) session_->handle().ForgetKept();
   int rc = sqlite3_step(statement_.stmt);
   RereadColumnsIfPreparedAnew(statement_);
   if (rc == SQLITE_ROW) {
@@ -112,7 +111,7 @@ Variant SqliteCursor::Value(int column) const {
 
 int64_t SqliteCursor::Run() {
   sqlite3* db = session_->handle().db();
-  if (!statement_.pureRead) session_->handle().ForgetCounts();
+  if (!statement_.pureRead) session_->handle().ForgetKept();
   int64_t before = sqlite3_total_changes64(db);
   int rc;
   while ((rc = sqlite3_step(statement_.stmt)) == SQLITE_ROW) {
@@ -135,7 +134,7 @@ int KeptRowCursor::ColumnType(int column) const {
 }
 
 bool KeptRowCursor::Step() {
-  onRow_ = !stepped_ && row_->hasRow;
+  onRow_ = !stepped_ && !row_->values.empty();
   stepped_ = true;
   return onRow_;
 }

@@ -186,7 +186,7 @@ bool SqliteHandle::ResetForReuse() {
   for (sqlite3_stmt* s = sqlite3_next_stmt(db_, nullptr); s; s = sqlite3_next_stmt(db_, s)) sqlite3_reset(s);
   rows_.clear();
   if (!sqlite3_get_autocommit(db_)) {
-    ForgetCounts();
+    ForgetKept();
     sqlite3_exec(db_, "ROLLBACK", nullptr, nullptr, nullptr);
   }
   return sqlite3_get_autocommit(db_) != 0;
@@ -217,8 +217,7 @@ std::shared_ptr<const KeptRow> SqliteHandle::KeptRowOf(const std::string& sql) c
 }
 
 void SqliteHandle::KeepRow(const std::string& sql, std::shared_ptr<const KeptRow> row) {
-  if (rows_.size() >= kMostRows) rows_.clear();
-  rows_.insert_or_assign(sql, std::move(row));
+  KeepBounded(rows_, sql, std::move(row));
 }
 
 std::optional<int64_t> SqliteHandle::KeptCount(const std::string& countSql, int64_t version) {
@@ -234,8 +233,7 @@ std::optional<int64_t> SqliteHandle::KeptCount(const std::string& countSql, int6
 
 void SqliteHandle::KeepCount(const std::string& countSql, int64_t version, int64_t count) {
   if (version < 0 || version != countsVersion_) return;
-  if (counts_.size() >= kMostCounts) counts_.clear();
-  counts_.insert_or_assign(countSql, count);
+  KeepBounded(counts_, countSql, count);
 }
 
 }  // namespace corvane::ado::detail

@@ -52,8 +52,7 @@ struct SqliteStatement {
 // transaction lasts: the values and the column types as its cursor gave them.
 struct KeptRow {
   std::shared_ptr<const SqliteColumns> columns;
-  bool hasRow = false;
-  std::vector<Variant> values;
+  std::vector<Variant> values;  // none when the query had no row
   std::vector<int> types;
 };
 
@@ -99,8 +98,8 @@ class SqliteHandle {
   // kept counts are then forgotten).
   std::optional<int64_t> KeptCount(const std::string& countSql, int64_t version);
   void KeepCount(const std::string& countSql, int64_t version, int64_t count);
-  // Called before this connection runs anything but a pure read.
-  void ForgetCounts() {
+  // Called before this connection runs anything but a pure read: the counts and rows kept go.
+  void ForgetKept() {
     if (!counts_.empty()) counts_.clear();
     if (!rows_.empty()) rows_.clear();
   }
@@ -119,10 +118,14 @@ class SqliteHandle {
   }
 
  private:
-  static constexpr size_t kMostCounts = 256;  // then they are all forgotten
-  static constexpr size_t kMostRows = 256;    // likewise
+  static constexpr size_t kMostKept = 256;  // counts, or rows: then they are all forgotten
 
   explicit SqliteHandle(sqlite3* db) : db_(db) {}
+  template <typename Map, typename Value>
+  static void KeepBounded(Map& kept, const std::string& sql, Value value) {
+    if (kept.size() >= kMostKept) kept.clear();
+    kept.insert_or_assign(sql, std::move(value));
+  }
   sqlite3_stmt* Prepare(const std::string& sql, bool& pureRead);
   // SQLite's authorizer, asked while a statement compiles: notes whether it does more than read.
   static int Authorize(void* handle, int action, const char* a, const char* b, const char*, const char*);
