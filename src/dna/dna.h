@@ -106,6 +106,9 @@ class DNA : public Dispatch {
   Variant SessionValue(std::string_view key);
   std::string SessionText(std::string_view key);
 
+  // GetCodeName for a query given as text.
+  Variant CodeName(const std::string& query, const Variant& nValue);
+
   // Request state.
   void GetRequestValue();
   Variant GetParam(std::string_view name);

@@ -9,6 +9,7 @@
 #include "corvane/text.h"
 #include "dna/dna.h"
 #include "dna/int16.h"
+#include "dna/text_append.h"
 
 namespace corvane {
 
@@ -36,16 +37,23 @@ const std::string& KeptCodeColumn(const std::string& query) {
 }  // namespace
 
 Variant DNA::GetCodeName(const Variant& StrCodeSQL, const Variant& nValue) {
-  const std::string query = StrCodeSQL.ToString();
-  const std::string code = KeptCodeColumn(query);
-  const char* joint = InStrText(query, "where") > 0 ? " and  " : " where ";
-  const std::string sql = query + joint + code + "=" + nValue.Text();
-  // An empty value leaves the statement ending in "=": nothing to look up.
-  if (Right(Trim(sql), 1) == "=") return Variant("");
-  auto rs = std::make_shared<ado::Recordset>();
-  rs->Open(sql, objConn, ado::adOpenStatic, -1, -1);
-  Variant name = rs->Eof() ? Variant("") : rs->Field(0);
-  rs->Close();
+  if (const std::string* query = StrCodeSQL.StringPtr()) return CodeName(*query, nValue);
+  return CodeName(StrCodeSQL.ToString(), nValue);
+}
+
+Variant DNA::CodeName(const std::string& query, const Variant& nValue) {
+  const std::string& code = KeptCodeColumn(query);
+  const std::string_view joint = InStrText(query, "where") > 0 ? " and  " : " where ";
+  std::string sql;
+  dna::Append(sql, {query, joint, code, "="});
+  dna::AppendText(sql, nValue);
+  // An empty value leaves the statement ending in "=" (blanks aside): nothing to look up.
+  const size_t end = sql.find_last_not_of(' ');
+  if (end != std::string::npos && sql[end] == '=') return Variant("");
+  ado::Recordset rs;
+  rs.Open(sql, objConn, ado::adOpenStatic, -1, -1);
+  Variant name = rs.Eof() ? Variant("") : rs.Field(0);
+  rs.Close();
   return name;
 }
 

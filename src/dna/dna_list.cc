@@ -12,13 +12,21 @@
 #include "corvane/text.h"
 #include "dna/dna.h"
 #include "dna/int16.h"
+#include "dna/text_append.h"
 #include "page_kit/page_kit.h"
 
 namespace corvane {
 
 namespace {
 
+using dna::Append;
+using dna::AppendText;
 using page_kit::kCrLf;
+
+// A row of the list is about 700 bytes; the rows' string is reserved for a page of them (at most 64 rows'
+// worth: "listall" pages hold up to 2000).
+constexpr size_t kRowBytes = 1024;
+constexpr int kRowsReserved = 64;
 
 // Opens a recordset that the page created (early-bound when it is ours, late-bound otherwise).
 void OpenCallersRecordset(const Variant& objRs, const std::string& sql,
@@ -179,24 +187,28 @@ std::string DNA::GetListRows() {
   const int16_t last = dna::Mul16(nPageSize, nPage);
   const std::string editHead = "<a href='" + strURL + "?action=update&" + strItemKeyName + "=";
   const std::string deleteHead = "<a href='" + strURL + "?action=delete&" + strItemKeyName + "=";
+  s.reserve(kRowBytes * static_cast<size_t>(std::clamp<int>(nPageSize, 1, kRowsReserved)));
   while (!objRs->Eof() && n <= last) {
     const std::string k = objRs->Field(strItemKeyName).Text();
-    const std::string number = std::to_string(n);
-    s += "<tr>" + kCrLf + "<td align=center nowrap>";
-    s += editHead + k +
-         "' id=updateID style='display:none'><img src='images/edit.gif'height=16 width=16 border=0  "
-         "alt=' 修 改 ?'></a>";
-    s += deleteHead + k + "' id=deleteID style='display:none' onclick=\"return confirm('真的要删除第 " +
-         number +
-         " 条记录？');\"><img src='images/delete.gif'height=16 width=16 border=0  alt='删 除 ?'></a>";
-    s += " " + number + "</td>";
+    char digits[8];
+    const std::string_view number(digits, std::to_chars(digits, digits + sizeof digits, n).ptr - digits);
+    Append(s, {"<tr>", kCrLf, "<td align=center nowrap>", editHead, k,
+               "' id=updateID style='display:none'><img src='images/edit.gif'height=16 width=16 border=0  "
+               "alt=' 修 改 ?'></a>",
+               deleteHead, k, "' id=deleteID style='display:none' onclick=\"return confirm('真的要删除第 ",
+               number,
+               " 条记录？');\"><img src='images/delete.gif'height=16 width=16 border=0  alt='删 除 ?'></a>",
+               " ", number, "</td>"});
     for (int32_t j : shown) {
       Variant v = objRs->Field(aEnglish[j]);
       s += "<td>";
-      s += aCodeSQL[j] == aEnglish[j] ? v.Text() : GetCodeName(Variant(aCodeSQL[j]), v).Text();
+      if (aCodeSQL[j] == aEnglish[j])
+        AppendText(s, v);
+      else
+        AppendText(s, CodeName(aCodeSQL[j], v));
       s += "&nbsp;</td>";
     }
-    s += "</tr>" + kCrLf;
+    Append(s, {"</tr>", kCrLf});
     objRs->MoveNext();
     n = dna::Add16(n, 1);
   }
