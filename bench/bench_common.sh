@@ -13,13 +13,13 @@ require_tools() {  # program...
   done
 }
 
-# Builds build-bench's Release corvane-server unless $server names one already.
+# Builds build-bench's Release corvane-server (as the README's run command builds it: with the pages'
+# profile, scripts/build-release.sh) unless $server names one already.
 build_bench_server() {
   [ -n "$server" ] && return 0
   local build_log
   build_log=$(mktemp)
-  { cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=Release -DCORVANE_SANITIZE=OFF -DCORVANE_TESTS=OFF &&
-    cmake --build build-bench -j2 --target corvane-server; } >"$build_log" 2>&1 ||
+  bash scripts/build-release.sh build-bench >"$build_log" 2>&1 ||
     { cat "$build_log" >&2; rm -f "$build_log"; echo "the build failed" >&2; exit 1; }
   rm -f "$build_log"
   server=build-bench/server/corvane-server

@@ -7,8 +7,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 server="${1:-}"
 if [ -z "$server" ]; then
-  cmake -S . -B build-site -DCMAKE_BUILD_TYPE=Release -DCORVANE_SANITIZE=OFF -DCORVANE_TESTS=OFF >/dev/null
-  cmake --build build-site -j2 --target corvane-server
+  bash scripts/build-release.sh build-site
   server=build-site/server/corvane-server
 fi
 command -v wrk >/dev/null || { echo "wrk is missing: bash scripts/deps.sh" >&2; exit 1; }

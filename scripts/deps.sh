@@ -5,7 +5,8 @@
 #   bash scripts/deps.sh servers  only PostgreSQL and MariaDB with their ODBC drivers (scripts/db-servers.sh)
 #   build: compilers, CMake, SQLite, unixODBC (database servers), PCRE2 (the script engine's RegExp),
 #   libsodium (password hashes), Boost.Beast/Asio and OpenSSL (corvane-server's HTTP and HTTPS), hiredis
-#   (sessions in Redis, --sessions), jemalloc (corvane-server's allocator)
+#   (sessions in Redis, --sessions), jemalloc (corvane-server's allocator), curl (the release build's
+#   profile run, scripts/build-release.sh)
 #   tests: GoogleTest, cpp-httplib (the server tests' client), Google Benchmark, clang with its runtime (fuzzing), chromium (headless browser
 #   test), a CJK font (readable screenshots), the sqlite3 shell (the tests read the database), node and
 #   npm (playwright-core drives chromium), wrk, nginx and lua5.4 (bench/), redis-server and nginx (the several
@@ -13,7 +14,7 @@
 #   their ODBC drivers and FreeTDS's (the data layer's server backends; libpq and libmariadb are the bench's floors)
 set -euo pipefail
 pkgs=(build-essential cmake pkg-config libsqlite3-dev unixodbc-dev libpcre2-dev libsodium-dev libboost-dev
-      libssl-dev libhiredis-dev libjemalloc-dev)
+      libssl-dev libhiredis-dev libjemalloc-dev curl)
 site_only=false
 [ "${1:-}" = site ] && site_only=true
 [ "${1:-}" = servers ] && pkgs=(postgresql odbc-postgresql mariadb-server odbc-mariadb) site_only=true
