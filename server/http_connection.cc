@@ -1,5 +1,6 @@
 #include "http_connection.h"
 
+#include <array>
 #include <boost/asio/dispatch.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/ssl/stream.hpp>
@@ -226,25 +227,42 @@ class Connection : public ConnectionBase, public std::enable_shared_from_this<Co
     if (state_ == State::kClosing) return;
     state_ = State::kWriting;
     const bool close = reply.close || !keepAlive_ || host_->stopping;
-    auto res =
-        std::make_shared<http::response<http::string_body>>(static_cast<http::status>(reply.status), 11);
-    for (const auto& [name, value] : host_->options.defaultHeaders) res->insert(name, value);
-    for (const auto& [name, value] : reply.headers)
-      if (IsSafeHeader(name, value)) res->insert(name, value);
     status_ = reply.status;
     const bool bodyless = reply.status == 304 || reply.status == 204 || reply.status < 200;
     bytes_ = head_ || bodyless ? 0 : reply.body.size();
-    if (!bodyless) res->content_length(reply.body.size());
-    if (!head_ && !bodyless) res->body() = std::move(reply.body);
-    res->keep_alive(!close);
+    WriteHead(reply, bodyless, close);
+    if (!head_ && !bodyless) body_ = std::move(reply.body);
     Tcp().expires_after(host_->options.keepAliveTimeout);  // a reader too slow to take its reply
-    http::async_write(stream_, *res,
-                      [self = this->shared_from_this(), res, close](beast::error_code ec, size_t) {
-                        self->Log();
-                        if (ec) return self->Close();
-                        if (close) return self->Linger();
-                        self->AwaitRequest();
-                      });
+    const std::array<net::const_buffer, 2> out{net::buffer(headText_), net::buffer(body_)};
+    net::async_write(stream_, out, [self = this->shared_from_this(), close](beast::error_code ec, size_t) {
+      self->body_ = std::string();  // a kept-alive connection holds no reply while it waits
+      self->Log();
+      if (ec) return self->Close();
+      if (close) return self->Linger();
+      self->AwaitRequest();
+    });
+  }
+
+  // The status line and the headers: the defaults, the reply's own (those a header may carry), the
+  // length unless the status has no body, and "Connection: close" when the connection closes after.
+  void WriteHead(const HttpReply& reply, bool bodyless, bool close) {
+    std::string& h = headText_;
+    h.clear();
+    h += "HTTP/1.1 ";
+    h += std::to_string(reply.status);
+    h += ' ';
+    const beast::string_view reason = http::obsolete_reason(static_cast<http::status>(reply.status));
+    h.append(reason.data(), reason.size());
+    h += "\r\n";
+    auto add = [&h](std::string_view name, std::string_view value) {
+      h.append(name).append(": ").append(value).append("\r\n");
+    };
+    for (const auto& [name, value] : host_->options.defaultHeaders) add(name, value);
+    for (const auto& [name, value] : reply.headers)
+      if (IsSafeHeader(name, value)) add(name, value);
+    if (!bodyless) add("Content-Length", std::to_string(reply.body.size()));
+    if (close) add("Connection", "close");
+    h += "\r\n";
   }
 
   void Log() {
@@ -306,6 +324,8 @@ class Connection : public ConnectionBase, public std::enable_shared_from_this<Co
   std::string method_, target_, version_, referer_, userAgent_;
   int status_ = 0;
   size_t bytes_ = 0, drained_ = 0;
+  // The reply being written: its head, and its body (taken from the reply, never copied).
+  std::string headText_, body_;
   std::array<char, 16384> scratch_;
 };
 
