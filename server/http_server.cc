@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "batched_lines.h"
 #include "corvane/text.h"
 #include "cross_site.h"
 #include "error_page.h"
@@ -72,13 +73,6 @@ void LogError(const std::string& line) {
   std::fflush(stderr);
 }
 
-// One access log line on stdout (one write, so lines of several threads never mix).
-void WriteAccessLine(std::string line) {
-  line += '\n';
-  std::fwrite(line.data(), 1, line.size(), stdout);
-  std::fflush(stdout);
-}
-
 // Whether a session holds anything worth keeping it for: values, objects of session scope, or a
 // sign-in (a new id asked for).
 bool IsUsed(host::SessionObject& s) {
@@ -117,6 +111,8 @@ struct HttpServer::Impl {
   std::vector<std::string> secrets;
   StaticFiles files;
   ScriptHost scripts;
+  // The access log's lines on stdout; before the listener, whose connections log until they close.
+  std::unique_ptr<BatchedLines> accessLog;
   // The listener, the sessions and the workers are declared in the order they can be taken down:
   // the workers first (the pages they run use the sessions and answer through the listener's
   // connections), then the sessions (whose waiting jobs hold connections), then the listener.
@@ -135,7 +131,8 @@ struct HttpServer::Impl {
         secrets(std::move(s)),
         files(options.site),
         scripts(SiteHost(pageHost, files), options.codePage, LogError),
-        listener(ListenerOptionsOf(options),
+        accessLog(options.accessLog ? std::make_unique<BatchedLines>(stdout) : nullptr),
+        listener(ListenerOptionsOf(options, accessLog.get()),
                  [this](std::shared_ptr<HttpRequest> req, Responder respond) {
                    Handle(std::move(req), std::move(respond));
                  }),
@@ -165,7 +162,7 @@ struct HttpServer::Impl {
     workers.reset();
   }
 
-  static ListenerOptions ListenerOptionsOf(const ServerOptions& o) {
+  static ListenerOptions ListenerOptionsOf(const ServerOptions& o, BatchedLines* accessLog) {
     ListenerOptions l{.bind = o.bind,
                       .port = o.port,
                       .ioThreads = o.ioThreads,
@@ -181,9 +178,10 @@ struct HttpServer::Impl {
     l.defaultHeaders = {{"X-Content-Type-Options", "nosniff"},
                         {"Content-Security-Policy", "frame-ancestors 'self'"},
                         {"Referrer-Policy", "same-origin"}};
-    if (o.accessLog)
-      l.log = o.logJson ? [](const AccessRecord& r) { WriteAccessLine(JsonLogLine(r)); }
-                        : [](const AccessRecord& r) { WriteAccessLine(CombinedLogLine(r)); };
+    if (accessLog)
+      l.log = [accessLog, json = o.logJson](const AccessRecord& r) {
+        accessLog->Add(json ? JsonLogLine(r) : CombinedLogLine(r));
+      };
     return l;
   }
 
