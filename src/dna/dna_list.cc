@@ -146,7 +146,7 @@ std::string DNA::GetPageBar() {
 }
 
 std::string DNA::GetListHeader() {
-  const std::string mode = strAction == "listall" ? "listall" : "list";
+  const std::string_view mode = strAction == "listall" ? "listall" : "list";
   const std::string chose = SessionText("strItemChose");
   const std::string primary = SessionText("strOrder");
   const std::string secondary = SessionText("strOrder2");
@@ -155,7 +155,7 @@ std::string DNA::GetListHeader() {
     const std::string& name = aEnglish[i];
     if (InStr(chose, name) == 0) continue;
     // Filled arrows mark the primary sort, hollow ones the secondary; down when " DESC " follows.
-    std::string arrow;
+    std::string_view arrow;
     if (InStr(primary, name) > 0) {
       arrow = Len(primary) > Len(name) + 1 ? " <span id=ctrlDiv><font size=-2>▼</font></span>"
                                            : " <span id=ctrlDiv><font size=-2>▲</font></span>";
@@ -163,8 +163,8 @@ std::string DNA::GetListHeader() {
       arrow = Len(secondary) > Len(name) + 1 ? " <span id=ctrlDiv><font size=-2>▽</font></span>"
                                              : " <span id=ctrlDiv><font size=-2>△</font></span>";
     }
-    s += "<th nowrap><a href='" + strURL + "?action=" + mode + "&page=1&order=" + name + "'>" + aChinese[i] +
-         arrow + "</a></th>";
+    Append(s, {"<th nowrap><a href='", strURL, "?action=", mode, "&page=1&order=", name, "'>", aChinese[i],
+               arrow, "</a></th>"});
   }
   s += "</tr>" + kCrLf;
   return s;

@@ -1,9 +1,12 @@
 // The command bar at the top of every browser page: the title, the commands for the current action,
 // and the client script that shows the list's hidden edit and delete links, the trace, and prints.
+#include <initializer_list>
 #include <string>
+#include <string_view>
 
 #include "corvane/host.h"
 #include "dna/dna.h"
+#include "dna/text_append.h"
 #include "page_kit/page_kit.h"
 
 namespace corvane {
@@ -13,7 +16,8 @@ namespace {
 using page_kit::kCrLf;
 
 // The hover behaviour of every command, with its leading and trailing blank.
-const std::string kHover = " onmouseover=\"this.className='a2';\" onmouseout=\"this.className='';\" ";
+constexpr std::string_view kHover =
+    " onmouseover=\"this.className='a2';\" onmouseout=\"this.className='';\" ";
 
 // The actions whose page is a list (or follows a posted change, search or column setting).
 bool IsListAction(const std::string& action) {
@@ -69,32 +73,35 @@ void DNA::SetDispStyle(const Variant&) {
 void DNA::DispMenu() {
   const std::string& u = strURL;
   std::string s;
-  auto line = [&s](const std::string& piece) { s += piece + kCrLf; };
+  s.reserve(4096);
+  auto line = [&s](std::initializer_list<std::string_view> pieces) {
+    dna::Append(s, pieces);
+    s += kCrLf;
+  };
   // "cellspading" is what the site's pages have always carried.
-  line("<table cellspading=0 cellspacing=4 width=100%><tr>");
-  line("<td width=100% class=title>" + strTitle + "&nbsp;</td><td nowrap>");
-  line("<div id=ctrlDiv><table  class=menu><tr nowrap>");
+  line({"<table cellspading=0 cellspacing=4 width=100%><tr>"});
+  line({"<td width=100% class=title>", strTitle, "&nbsp;</td><td nowrap>"});
+  line({"<div id=ctrlDiv><table  class=menu><tr nowrap>"});
   if (IsListAction(strAction)) {
-    line(" <td nowrap><a href='" + u + "?action=insert'" + kHover + " >添加</a></td>");
-    line(" <td nowrap onclick=show_update();title='请选择要修改的项'><a style='cursor:hand;' " + kHover +
-         " >修改</a></td>");
-    line(" <td nowrap onclick=show_delete();title='请选择要删除的项'><a style='cursor:hand;'" + kHover +
-         " >删除</a></td>");
-    line(" <td nowrap><a href='" + u + "?action=search'title='进入组合查询'" + kHover + " >查询</a></td>");
-    line(" <td nowrap><a href='" + u + "?action=setcol'title='设置页面选择格式'" + kHover +
-         " >设置</a></td>");
-    line(" <td nowrap><a href='" + u + "?action=list'title='列表显示'" + kHover + " >列表</a></td>");
-    line(" <td nowrap onclick=printPage();title='打印预览与打印' ><a style='cursor:hand;'" + kHover +
-         " >打印</a></td>");
+    line({" <td nowrap><a href='", u, "?action=insert'", kHover, " >添加</a></td>"});
+    line({" <td nowrap onclick=show_update();title='请选择要修改的项'><a style='cursor:hand;' ", kHover,
+          " >修改</a></td>"});
+    line({" <td nowrap onclick=show_delete();title='请选择要删除的项'><a style='cursor:hand;'", kHover,
+          " >删除</a></td>"});
+    line({" <td nowrap><a href='", u, "?action=search'title='进入组合查询'", kHover, " >查询</a></td>"});
+    line({" <td nowrap><a href='", u, "?action=setcol'title='设置页面选择格式'", kHover, " >设置</a></td>"});
+    line({" <td nowrap><a href='", u, "?action=list'title='列表显示'", kHover, " >列表</a></td>"});
+    line({" <td nowrap onclick=printPage();title='打印预览与打印' ><a style='cursor:hand;'", kHover,
+          " >打印</a></td>"});
   } else {
-    line(" <td nowrap><a href='" + u + "?action=list'title='列表显示' " + kHover + ">返回</a></td>");
+    line({" <td nowrap><a href='", u, "?action=list'title='列表显示' ", kHover, ">返回</a></td>"});
   }
   if (bDebug)
-    line(" <td nowrap onclick=show_debug();title='显示隐藏调试信息'><a style='cursor:hand;'" + kHover +
-         " >调试信息</a></td>");
-  line("</tr nowrap></table></div>");
-  line("</td nowrap></tr></table>");
-  for (const char* script : kScript) line(script);
+    line({" <td nowrap onclick=show_debug();title='显示隐藏调试信息'><a style='cursor:hand;'", kHover,
+          " >调试信息</a></td>"});
+  line({"</tr nowrap></table></div>"});
+  line({"</td nowrap></tr></table>"});
+  for (const char* script : kScript) line({script});
   Out().Write(s);
   if (bDebug) WriteTrace(kCrLf + "##调试信息:DispMenu OK!<br>");
 }
