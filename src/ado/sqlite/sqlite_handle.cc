@@ -183,7 +183,10 @@ void SqliteHandle::Release(std::string sql, SqliteStatement statement) {
 }
 
 bool SqliteHandle::ResetForReuse() {
-  for (sqlite3_stmt* s = sqlite3_next_stmt(db_, nullptr); s; s = sqlite3_next_stmt(db_, s)) sqlite3_reset(s);
+  // Statements come back to the cache reset; only one a caller left running needs it (the cache holds
+  // dozens: resetting each would cost more than the rest of the return).
+  for (sqlite3_stmt* s = sqlite3_next_stmt(db_, nullptr); s; s = sqlite3_next_stmt(db_, s))
+    if (sqlite3_stmt_busy(s)) sqlite3_reset(s);
   rows_.clear();
   if (!sqlite3_get_autocommit(db_)) {
     ForgetKept();
