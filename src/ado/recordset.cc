@@ -54,7 +54,7 @@ void Recordset::Close() {
 
 bool Recordset::IsOpen() const { return impl_->session != nullptr; }
 
-const std::string& Recordset::Source() const { return impl_->source; }
+const std::string& Recordset::Source() const { return impl_->Source(); }
 
 bool Recordset::Eof() const {
   impl_->RequireOpen();

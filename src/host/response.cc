@@ -40,7 +40,10 @@ void Response::Write(const Variant& v) {
 }
 
 void Response::Write(std::string_view utf8) {
-  if (output_.capacity() < kFirstCapacity) output_.reserve(kFirstCapacity);
+  if (output_.capacity() < kFirstCapacity) {
+    output_.reserve(kFirstCapacity);
+    writeEnds_.reserve(64);
+  }
   output_.append(utf8);
   writeEnds_.push_back(output_.size());
 }

@@ -62,6 +62,8 @@ void SqliteCursor::TakeRow() {
   auto row = std::make_shared<KeptRow>();
   row->columns = statement_.columns;
   const int n = static_cast<int>(statement_.columns->names.size());
+  row->values.reserve(n);
+  row->types.reserve(n);
   for (int i = 0; i < n; ++i) {
     row->values.push_back(Value(i));
     row->types.push_back(ColumnType(i));
