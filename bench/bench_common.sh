@@ -3,6 +3,8 @@
 # goal checks, and the check for the programs they need. The caller sets $work (a scratch folder) and
 # reads $result and $missed.
 
+. scripts/await-address.sh
+
 # Stops with a hint unless every named program is found (nginx and redis-server live in /usr/sbin,
 # which a user's PATH may lack: it is added).
 require_tools() {  # program...

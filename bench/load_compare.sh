@@ -68,13 +68,7 @@ fi
 "$server" --port 0 --db "$work/site.db" --drives "$work/drives" "${server_options[@]}" \
   >"$work/server.out" 2>"$work/server.err" &
 server_pid=$!
-base=""
-for _ in $(seq 1 150); do
-  base=$(grep -o -m1 'http://127\.0\.0\.1:[0-9]*' "$work/server.out" || true)
-  [ -n "$base" ] && break
-  kill -0 "$server_pid" 2>/dev/null || break
-  sleep 0.2
-done
+base=$(await_address "$server_pid" "$work/server.out")
 [ -n "$base" ] || { echo "corvane-server did not start" >&2; cat "$work/server.out" "$work/server.err" >&2; exit 1; }
 
 rss() { awk -v k="$2:" '$1 == k { print $2 / 1024 }' "/proc/$1/status" 2>/dev/null; }

@@ -14,6 +14,7 @@
 #   CORVANE_PGO=retrain  takes the profile again first
 set -euo pipefail
 cd "$(dirname "$0")/.."
+. scripts/await-address.sh
 
 dir=${1:?usage: build-release.sh BUILD_DIR}
 mode=${CORVANE_PGO:-1}
@@ -35,13 +36,7 @@ train() {  # server
   [ -f data/corvane-site.db ] && cp data/corvane-site.db "$work/site.db"
   "$1" --port 0 --db "$work/site.db" --drives "$work/drives" >"$work/out" 2>"$work/err" &
   pid=$!
-  base=""
-  for _ in $(seq 1 300); do
-    base=$(grep -o -m1 'http://127\.0\.0\.1:[0-9]*' "$work/out" || true)
-    [ -n "$base" ] && break
-    kill -0 "$pid" 2>/dev/null || break
-    sleep 0.2
-  done
+  base=$(await_address "$pid" "$work/out" 60)  # a first start seeds the database
   if [ -z "$base" ]; then
     cat "$work/out" "$work/err" >&2
     kill "$pid" 2>/dev/null || true
