@@ -76,6 +76,8 @@ if [ "$mode" = retrain ] || [ ! -d "$profile" ]; then
   train "$train_dir/server/corvane-server"
   rm -rf "$train_dir"
   [ -n "$(ls -A "$profile" 2>/dev/null)" ] || { echo "the training run left no profile" >&2; exit 1; }
+  # make knows nothing of the profile: what was compiled with an earlier one is compiled again.
+  [ -f "$dir/Makefile" ] && cmake --build "$dir" --target clean
 fi
 
 # -Wno-restrict: GCC 12 warns of overlapping copies inside std::string where the profile's inlining
