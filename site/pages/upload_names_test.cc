@@ -31,7 +31,9 @@ TEST(UploadNames, AMultipartBodyWithASlashInAnyQuotedFileNameIsRefused) {
                                                .contentType = c.contentType,
                                                .body = c.body});
     EXPECT_EQ(v.status, c.status) << c.body;
-    if (c.status) EXPECT_NE(v.logLine.find("/upload.asp"), std::string::npos);
+    if (c.status) {
+      EXPECT_NE(v.logLine.find("/upload.asp"), std::string::npos);
+    }
   }
 }
 
