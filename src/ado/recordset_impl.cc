@@ -11,8 +11,7 @@ int64_t RecordsetImpl::Open(std::shared_ptr<Session> s, std::string_view text) {
   if (c->ColumnCount() == 0) return RunChanging(*c);
   Reset();
   session = std::move(s);
-  adaptedIsSource = sql == text;
-  if (!adaptedIsSource) source = std::string(text);
+  if (sql != text) source = std::string(text);
   adapted = std::move(sql);
   cursor = std::move(c);
   position = 0;
@@ -46,7 +45,6 @@ void RecordsetImpl::Reset() {
   session.reset();
   source.clear();
   adapted.clear();
-  adaptedIsSource = false;
   columns.reset();
   eof = true;
   position = 0;

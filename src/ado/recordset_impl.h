@@ -35,12 +35,12 @@ class RecordsetImpl {
   int64_t Count();
 
   std::shared_ptr<Session> session;  // null while closed
-  // The statement as the caller gave it: Source(). Kept apart from `adapted` only when the dialect
-  // changed it (most statements pass unchanged, and a list opens one per row).
-  const std::string& Source() const { return adaptedIsSource ? adapted : source; }
+  // The statement as the caller gave it: Source(). `source` holds it only when the dialect changed
+  // it (most statements pass unchanged, and a list opens one per row); an open recordset's statement
+  // is never empty.
+  const std::string& Source() const { return source.empty() ? adapted : source; }
   std::string source;
   std::string adapted;
-  bool adaptedIsSource = false;
   std::unique_ptr<Cursor> cursor;
   std::shared_ptr<const ColumnSet> columns;  // null while closed
   bool eof = true;

@@ -97,7 +97,7 @@ void DNA::DispForm(Variant& action) {
         }
       }
       if (fixed) {
-        out.Write(GetCodeName(Variant(aCodeSQL[i]), value));
+        out.Write(CodeName(aCodeSQL[i], value));
         // No closing </td> here, unlike every other kind of field.
         out.Write("<input type='hidden' name='" + name + "' value='" + value.Text() + "'>");
       } else {

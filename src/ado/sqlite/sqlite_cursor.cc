@@ -9,6 +9,12 @@ namespace corvane::ado::detail {
 
 namespace {
 
+// A column's type when no row says more: its declared type, else text.
+int TypeOffRow(const SqliteColumns& columns, int column) {
+  const int declared = columns.declaredTypes[column];
+  return declared != adEmpty ? declared : adVarWChar;
+}
+
 StoredValue Stored(sqlite3_stmt* stmt, int column) {
   switch (sqlite3_column_type(stmt, column)) {
     case SQLITE_INTEGER: return sqlite3_column_int64(stmt, column);
@@ -84,9 +90,8 @@ void SqliteCursor::KeepRow() {
 }
 
 int SqliteCursor::ColumnType(int column) const {
-  const int declared = statement_.columns->declaredTypes[column];
-  if (declared != adEmpty) return declared;
-  if (!onRow_) return adVarWChar;
+  if (statement_.columns->declaredTypes[column] != adEmpty || !onRow_)
+    return TypeOffRow(*statement_.columns, column);
   return TypeCodeOfStoredValue(Stored(statement_.stmt, column));
 }
 
@@ -130,9 +135,7 @@ int64_t SqliteCursor::Run() {
 }
 
 int KeptRowCursor::ColumnType(int column) const {
-  if (onRow_) return row_->types[column];
-  const int declared = row_->columns->declaredTypes[column];
-  return declared != adEmpty ? declared : adVarWChar;
+  return onRow_ ? row_->types[column] : TypeOffRow(*row_->columns, column);
 }
 
 bool KeptRowCursor::Step() {
